@@ -1,0 +1,40 @@
+#pragma once
+// What every qvdb command shares: the prompter, the format options, the clock, and the
+// checked open and save of a database.
+
+#include <QCommandLineParser>
+#include <memory>
+#include <string>
+
+#include "cli/cli_prompter.h"
+#include "engine/database.h"
+#include "platform/locale.h"
+#include "platform/system_clock.h"
+
+namespace qv::cli {
+
+class CliContext {
+ public:
+  CliPrompter prompter;
+  FormatOptions options;
+  SystemClock clock;
+
+  // Adds --date-format, --time-format, --decimal-comma, --yes, --no and --verbose; every
+  // command's parser carries them so they may stand anywhere on the line.
+  static void AddGlobalOptions(QCommandLineParser& parser);
+  void ApplyGlobalOptions(const QCommandLineParser& parser);
+
+  // Parses the command's arguments; prints the problem and returns false on bad usage.
+  bool Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
+             const char* usage);
+
+  // Opens a database for a command, with the access and password checks of the program;
+  // nothing (the reason already reported) when it cannot be opened.
+  std::unique_ptr<Database> Open(const std::string& path);
+  // Saves through a sibling file; reports "ERROR:File could not be saved" on failure.
+  bool Save(Database& db);
+
+  void Error(const std::string& text);  // "Error: text" on standard error
+};
+
+}  // namespace qv::cli

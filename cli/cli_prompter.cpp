@@ -1,0 +1,40 @@
+#include "cli/cli_prompter.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <iostream>
+#include <string>
+
+namespace qv::cli {
+
+void CliPrompter::message(std::string_view text, std::string_view caption, Icon) {
+  std::cerr << caption << ": " << text << '\n';
+}
+
+Answer CliPrompter::ask(std::string_view text, std::string_view caption, Buttons buttons, Icon) {
+  bool yes_no = buttons == Buttons::YesNo || buttons == Buttons::YesNoCancel;
+  Answer positive = yes_no ? Answer::Yes : Answer::Ok;
+  Answer negative = buttons == Buttons::YesNo ? Answer::No : Answer::Cancel;
+  if (preset == Preset::Yes) return positive;
+  if (preset == Preset::No) return yes_no ? Answer::No : Answer::Cancel;
+  std::cerr << caption << ": " << text;
+  if (!isatty(STDIN_FILENO)) {
+    std::cerr << " [no terminal: answered no]\n";
+    return negative;
+  }
+  std::cerr << (yes_no ? " [y/n] " : " [ok/cancel] ") << std::flush;
+  std::string line;
+  if (!std::getline(std::cin, line)) return negative;
+  if (!line.empty() && (line[0] == 'y' || line[0] == 'Y' || line[0] == 'o' || line[0] == 'O'))
+    return positive;
+  if (buttons == Buttons::YesNoCancel && !line.empty() && (line[0] == 'n' || line[0] == 'N'))
+    return Answer::No;
+  return negative;
+}
+
+void CliPrompter::progress(std::string_view text) {
+  if (verbose) std::cerr << text << '\n';
+}
+
+}  // namespace qv::cli

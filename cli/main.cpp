@@ -1,0 +1,54 @@
+// qvdb: the command-line tool over the same libraries as the application.
+
+#include <QCoreApplication>
+#include <iostream>
+
+#include "cli/cli_context.h"
+#include "cli/command.h"
+
+namespace {
+
+std::vector<qv::cli::Command> AllCommands() {
+  std::vector<qv::cli::Command> all;
+  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands}) {
+    auto commands = group();
+    all.insert(all.end(), commands.begin(), commands.end());
+  }
+  return all;
+}
+
+int Usage(const std::vector<qv::cli::Command>& commands, std::ostream& out) {
+  out << "usage: qvdb COMMAND [ARGUMENTS] [--date-format P] [--time-format P] [--decimal-comma]\n\n"
+         "commands:\n";
+  for (const auto& c : commands) out << "  qvdb " << c.synopsis << '\n';
+  return qv::cli::kUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QCoreApplication app(argc, argv);
+  QCoreApplication::setApplicationName("qvdb");
+  QCoreApplication::setApplicationVersion("3.0");
+  const auto commands = AllCommands();
+  QStringList arguments = app.arguments();
+  if (arguments.size() < 2) return Usage(commands, std::cerr);
+  QString name = arguments.at(1);
+  if (name == "help" || name == "--help" || name == "-h") {
+    Usage(commands, std::cout);
+    return qv::cli::kOk;
+  }
+  if (name == "--version") {
+    std::cout << "qvdb 3.0\n";
+    return qv::cli::kOk;
+  }
+  for (const auto& c : commands) {
+    if (name.toStdString() != c.name) continue;
+    qv::cli::CliContext context;
+    QStringList rest = arguments;
+    rest.removeAt(1);  // the parser expects the program name first
+    return c.run(context, rest);
+  }
+  std::cerr << "qvdb: unknown command '" << name.toStdString() << "'\n";
+  return Usage(commands, std::cerr);
+}

@@ -1,0 +1,51 @@
+#include "cli/record_edit.h"
+
+#include <algorithm>
+
+#include "engine/format.h"
+#include "engine/text.h"
+
+namespace qv::cli {
+
+bool ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
+                      RecordValues& values) {
+  for (const QString& assignment : assignments) {
+    qsizetype eq = assignment.indexOf('=');
+    if (eq <= 0) {
+      context.Error("expected FIELD=VALUE, not '" + assignment.toStdString() + "'");
+      return false;
+    }
+    std::string field = Utf8ToCp1252(assignment.left(eq).toStdString());
+    std::string text = Utf8ToCp1252(assignment.mid(eq + 1).toStdString());
+    auto slot = db.definition().FindField(field);
+    if (!slot) {
+      context.Error("no field named '" + Cp1252ToUtf8(field) + "'");
+      return false;
+    }
+    ConstFieldDefinition f = db.definition().field(*slot);
+    auto value = ParseValue(f, db.schema.fields[*slot], text, context.options);
+    if (!value) {
+      context.Error("'" + Cp1252ToUtf8(text) + "' is not a valid " +
+                    std::string(FieldTypeName(f.type())) + " value for " + Cp1252ToUtf8(f.name()));
+      return false;
+    }
+    values.Set(*slot, std::move(*value));
+  }
+  return true;
+}
+
+std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,
+                                               const RecordValues& values, std::uint32_t number) {
+  auto stored = StoreRecord(db, values, number);
+  if (!stored) context.Error("the database holds 65,000 records already");
+  return stored;
+}
+
+bool DeleteEditedRecords(CliContext&, Database& db, std::vector<std::uint32_t> numbers) {
+  std::sort(numbers.rbegin(), numbers.rend());
+  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
+  for (std::uint32_t n : numbers) DeleteRecord(db, n);
+  return true;
+}
+
+}  // namespace qv::cli

@@ -1,0 +1,21 @@
+#pragma once
+// Editing records from the command line the way the record editor does: typed values parsed,
+// the record stored, and (as later layers add them) placed in sort order and recalculated.
+
+#include <QStringList>
+#include <optional>
+
+#include "cli/cli_context.h"
+
+namespace qv::cli {
+
+// Applies FIELD=VALUE texts to `values`; reports the first unknown field or bad value.
+bool ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
+                      RecordValues& values);
+// Stores a new (kNewRecord) or edited record; its final number, or nothing when refused.
+std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,
+                                               const RecordValues& values, std::uint32_t number);
+// Deletes these records.
+bool DeleteEditedRecords(CliContext& context, Database& db, std::vector<std::uint32_t> numbers);
+
+}  // namespace qv::cli

@@ -1,0 +1,218 @@
+#include "engine/database.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "engine/format.h"
+#include "engine/text.h"
+
+namespace qv {
+
+std::uint32_t FileTimeNow(const Clock& clock) {
+  return static_cast<std::uint32_t>(clock.LocalNow() + kEpoch1904To1970);
+}
+
+std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock) {
+  auto db = std::make_unique<Database>();
+  db->name = std::string(name);
+  db->header.SetName(name);
+  std::memcpy(db->header.type.data(), "DATA", 4);
+  std::memcpy(db->header.creator.data(), "Qvnt", 4);
+  db->header.creation_date = db->header.modification_date = FileTimeNow(clock);
+  db->header.unique_id_seed = kSchemaRecords + 1;
+  db->schema = NewSchema();
+  db->loaded = true;
+  return db;
+}
+
+ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
+                        std::uint32_t& bad_record) {
+  ParseResult parsed = ParseContainer(image);
+  if (!parsed.file) {
+    bad_record = parsed.bad_record;
+    return parsed.error;
+  }
+  auto schema = DecodeSchema(parsed.file->records);
+  if (!schema) return ReadError::CannotRead;
+  db.header = parsed.file->header;
+  db.schema = std::move(*schema);
+  db.records.clear();
+  db.records.reserve(parsed.file->records.size() - kSchemaRecords);
+  for (std::size_t i = kSchemaRecords; i < parsed.file->records.size(); ++i) {
+    RawRecord& raw = parsed.file->records[i];
+    db.records.push_back({std::move(raw.data), raw.uid, raw.attributes});
+  }
+  db.name = db.header.Name();
+  db.changed = false;
+  db.current = 0;
+  db.visible.clear();
+  return ReadError::None;
+}
+
+bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
+  if (!TestForFile(path)) {
+    prompter.message(StringPrintf("ERROR: Cannot Open File: %s for reading", path.c_str()), "Error",
+                     Icon::Error);
+    return false;
+  }
+  auto image = ReadWholeFile(path);
+  if (!image) {
+    prompter.message("Could not initialize file", "Error", Icon::Error);
+    return false;
+  }
+  Database fresh;
+  std::uint32_t bad_record = 0;
+  switch (ParseDatabase(*image, fresh, bad_record)) {
+    case ReadError::None: break;
+    case ReadError::BadHeader:
+      prompter.message(
+          "ERROR: Reading header!\nMake sure you are converting a Quorvant data file!\n", "Error",
+          Icon::Error);
+      return false;
+    case ReadError::CannotInitialize:
+      prompter.message("Could not initialize file", "Error", Icon::Error);
+      return false;
+    case ReadError::BadRecord:
+      prompter.message(StringPrintf("ERROR:Reading Record: %d", static_cast<int>(bad_record)),
+                       "Error", Icon::Error);
+      [[fallthrough]];
+    case ReadError::CannotRead:
+      prompter.message("Could not read file", "Error", Icon::Error);
+      return false;
+  }
+  fresh.path = path;
+  fresh.loaded = true;
+  db = std::move(fresh);
+  return true;
+}
+
+Bytes SerializeDatabase(const Database& db) {
+  ContainerFile file;
+  file.header = db.header;
+  file.records.reserve(kSchemaRecords + db.records.size());
+  EncodeSchema(db.schema, db.changed, file.records);
+  for (const RecordSlot& slot : db.records) file.records.push_back({slot.data, slot.attributes, slot.uid});
+  return SerializeContainer(file);
+}
+
+bool SaveDatabase(Database& db, const Clock& clock) {
+  db.header.modification_date = FileTimeNow(clock);
+  Bytes image = SerializeDatabase(db);
+  bool ok = WriteFileAtomically(db.path, image);
+  if (ok) db.changed = false;
+  return ok;
+}
+
+namespace {
+
+std::uint32_t NextUid(const Database& db) {
+  std::uint32_t uid = kSchemaRecords;
+  for (const RecordSlot& r : db.records) uid = std::max(uid, r.uid);
+  return (uid + 1) & 0xFFFFFF;
+}
+
+Bytes DefaultValue(const Database& db, int slot) {
+  switch (db.definition().field(slot).type()) {
+    case kInteger:
+    case kDate:
+    case kLink: return UInt32Value(0);
+    case kCheckBox: return CheckValue(false);
+    case kTime: return TimeValue(255, 0, 0);
+    case kImage: return Bytes{0};
+    case kHeading: return Bytes{};
+    case kLinked: {
+      Bytes linked(24, 0);
+      linked.push_back(0);
+      return linked;
+    }
+    case kUnique: {
+      std::uint32_t next = 0;
+      for (const RecordSlot& r : db.records) {
+        auto v = ValueBytes(r.data, slot);
+        if (v.size() >= 4) next = std::max(next, ValueUInt32(v) + 1);
+      }
+      return UInt32Value(next);
+    }
+    default: return TextValue("");
+  }
+}
+
+}  // namespace
+
+RecordValues DefaultValues(const Database& db) {
+  RecordValues values;
+  for (int slot = 0; slot < kFieldSlots; ++slot)
+    if (db.definition().field(slot).used()) values.Set(slot, DefaultValue(db, slot));
+  return values;
+}
+
+std::optional<std::uint32_t> StoreRecord(Database& db, const RecordValues& values,
+                                         std::uint32_t number) {
+  if (number == kNewRecord || number >= db.count()) {
+    if (db.count() >= kMaxDataRecords) return std::nullopt;
+    RecordSlot slot;
+    slot.uid = NextUid(db);
+    db.records.push_back(std::move(slot));
+    number = db.count() - 1;
+  }
+  db.records[number].data = EncodeRecord(db.definition(), values);
+  db.changed = true;
+  return number;
+}
+
+void MoveRecord(Database& db, std::uint32_t from, std::uint32_t to) {
+  if (from >= db.count()) return;
+  auto begin = db.records.begin();
+  if (to >= db.count()) {
+    std::rotate(begin + from, begin + from + 1, db.records.end());
+  } else if (from >= to) {
+    std::rotate(begin + to, begin + from, begin + from + 1);
+  } else {
+    std::rotate(begin + from, begin + from + 1, begin + to);
+  }
+  db.changed = true;
+}
+
+void DeleteRecord(Database& db, std::uint32_t number) {
+  if (number >= db.count()) return;
+  db.records.erase(db.records.begin() + number);
+  if (db.current >= db.count() && db.current > 0) db.current = db.count() ? db.count() - 1 : 0;
+  db.changed = true;
+}
+
+void CloseDatabase(Database& db) {
+  db.records.clear();
+  db.records.shrink_to_fit();
+  db.visible.clear();
+  db.loaded = false;
+}
+
+void RebuildVisibleList(Database& db,
+                        const std::function<bool(const Database&, std::uint32_t)>& passes) {
+  db.visible.clear();
+  for (std::uint32_t i = 0; i < db.count(); ++i)
+    if (passes(db, i)) db.visible.push_back(i);
+}
+
+void ShowAllRecords(Database& db) {
+  RebuildVisibleList(db, [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
+}
+
+std::string RecordValueText(const Database& db, std::uint32_t number, int slot,
+                            const FormatOptions& options) {
+  if (number >= db.count() || db.records[number].data.empty() || slot < 0 || slot >= kFieldSlots)
+    return "<no record>";
+  ConstFieldDefinition field = db.definition().field(slot);
+  return FormatValue(field, ValueBytes(db.records[number].data, slot), options);
+}
+
+std::vector<int> UsedFieldsInDisplayOrder(const DatabaseDefinition& definition) {
+  std::vector<int> slots;
+  for (int pos = 0; pos < kFieldSlots; ++pos) {
+    int slot = definition.display_slot(pos);
+    if (slot < kFieldSlots && definition.field(slot).used()) slots.push_back(slot);
+  }
+  return slots;
+}
+
+}  // namespace qv

@@ -1,0 +1,101 @@
+#pragma once
+// The open database: header, schema, every data record in memory, and the visible list of the
+// records that pass the current filter. Saving rewrites the whole file.
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/container.h"
+#include "engine/record.h"
+#include "engine/schema.h"
+#include "platform/clock.h"
+#include "platform/locale.h"
+#include "platform/prompter.h"
+
+namespace qv {
+
+// Record number of a record that is being created.
+inline constexpr std::uint32_t kNewRecord = 65000;
+// The path of a database that has never been saved; "*" cannot occur in a real path.
+inline constexpr const char* kUntitledPath = "Untitled*";
+
+struct RecordSlot {
+  Bytes data;
+  std::uint32_t uid = 0;
+  std::uint8_t attributes = 0;
+};
+
+struct Database {
+  std::string path = kUntitledPath;
+  std::string name = "Untitled";  // what titles and prompts show
+  Header header;
+  Schema schema;
+  std::vector<RecordSlot> records;     // the record table, in display order
+  std::vector<std::uint32_t> visible;  // record numbers that pass the filter, in order
+  bool loaded = false;
+  bool changed = false;  // while set, record 0 is written with its dirty bit
+  std::uint32_t current = 0;
+  // Recalculation bookkeeping: which fields changed since the flags were cleared.
+  std::array<std::uint8_t, kFieldSlots> field_changed{};
+  // Set when opened from a linked field of a parent database: only records whose value of
+  // `restriction_field` equals `restriction_key` belong to the parent record.
+  int restriction_field = -1;
+  std::uint32_t restriction_key = 0;
+
+  DatabaseDefinition& definition() { return schema.definition; }
+  const DatabaseDefinition& definition() const { return schema.definition; }
+  std::uint32_t count() const { return static_cast<std::uint32_t>(records.size()); }
+  bool unsaved() const { return path.find('*') != std::string::npos; }
+};
+
+// A fresh database with every default, named `name`, stamped with the current time.
+std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock);
+
+// Builds a database from a file image. On failure the result names the failure and the
+// database is left empty.
+ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
+                        std::uint32_t& bad_record);
+// Opens the file at `path`, reporting failures with the system's messages. Nothing is loaded on
+// failure.
+bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter);
+// The exact bytes a save writes (record 0's dirty bit set while the database is changed).
+Bytes SerializeDatabase(const Database& db);
+// Stamps the modification date and rewrites the file at db.path through a sibling file.
+bool SaveDatabase(Database& db, const Clock& clock);
+// Seconds since 1904 for the header, from the clock's local time.
+std::uint32_t FileTimeNow(const Clock& clock);
+
+// The values a new record starts with: empty texts, zero numbers, no date, no time, and the
+// next free number in every Unique field.
+RecordValues DefaultValues(const Database& db);
+
+// Stores edited values as record `number`, or appends them for kNewRecord. Returns the record's
+// number, or nothing when the table is full (65,000 records).
+std::optional<std::uint32_t> StoreRecord(Database& db, const RecordValues& values,
+                                         std::uint32_t number);
+// Moves the record at `from` to `to`: from >= to puts it at `to`; from < to at `to - 1`; a `to`
+// at or beyond the count puts it last.
+void MoveRecord(Database& db, std::uint32_t from, std::uint32_t to);
+void DeleteRecord(Database& db, std::uint32_t number);
+// Frees every record and empties the visible list.
+void CloseDatabase(Database& db);
+
+// Rebuilds the visible list with a filter test supplied by the caller.
+void RebuildVisibleList(Database& db,
+                        const std::function<bool(const Database&, std::uint32_t)>& passes);
+// Every record visible; used until a filter is known.
+void ShowAllRecords(Database& db);
+
+// The display text of a record's field; a placeholder when no record has that number.
+std::string RecordValueText(const Database& db, std::uint32_t number, int slot,
+                            const FormatOptions& options);
+
+// The used field slots in display order.
+std::vector<int> UsedFieldsInDisplayOrder(const DatabaseDefinition& definition);
+
+}  // namespace qv

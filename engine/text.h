@@ -1,0 +1,27 @@
+#pragma once
+// Text helpers shared by the core: the one checked printf, and the ASCII case rules of the
+// C library's _stricmp that the sort, filter and find rules are written against.
+
+#include <cstdarg>
+#include <string>
+#include <string_view>
+
+namespace qv {
+
+// snprintf into a std::string; the format is the system's own printf format.
+std::string StringPrintf(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+inline char LowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
+std::string ToLowerAscii(std::string_view text);
+
+// Case-insensitive comparison as _stricmp: negative, 0 or positive.
+int Stricmp(std::string_view a, std::string_view b);
+// Whether needle occurs in hay, ignoring ASCII case.
+bool ContainsNoCase(std::string_view hay, std::string_view needle);
+bool EqualsNoCase(std::string_view a, std::string_view b);
+
+// Windows-1252 <-> UTF-8 at the user-facing boundaries (files keep 8-bit text).
+std::string Cp1252ToUtf8(std::string_view text);
+std::string Utf8ToCp1252(std::string_view text);
+
+}  // namespace qv
