@@ -1,0 +1,23 @@
+#pragma once
+// Storing records as the record editor does, and positioning a database after it is opened:
+// the engine's table operations combined with the sort and filter rules.
+
+#include <cstdint>
+#include <optional>
+
+#include "engine/database.h"
+#include "platform/prompter.h"
+
+namespace qv {
+
+// Stores a new (kNewRecord) or edited record; with keep_sorted it is moved to its place in
+// sort order. Recalculates dependent fields and rebuilds the filtered list. Returns the
+// record's final number, or nothing when the table is full.
+std::optional<std::uint32_t> StoreRecordSorted(Database& db, const RecordValues& values,
+                                               std::uint32_t number, bool keep_sorted,
+                                               Prompter& prompter);
+// After a load: the record to return to, the pending resort with its recalculation, the
+// filtered list, the loaded flag.
+void PositionOpenedDatabase(Database& db, Prompter& prompter);
+
+}  // namespace qv
