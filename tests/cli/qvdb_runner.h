@@ -1,0 +1,30 @@
+#pragma once
+// Runs the built qvdb with arguments and captures what it prints and its exit code.
+
+#include <string>
+#include <vector>
+
+namespace qv::test {
+
+struct QvdbResult {
+  int exit_code = -1;
+  std::string out;  // standard output
+  std::string err;  // standard error
+};
+
+// Runs qvdb with these arguments (no shell involved); `input` is fed to standard input.
+QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input = "");
+
+// A fresh empty folder for one test's files, removed when the object goes away.
+class TempFolder {
+ public:
+  TempFolder();
+  ~TempFolder();
+  std::string Path(const std::string& name) const { return path_ + "/" + name; }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+}  // namespace qv::test
