@@ -2,7 +2,11 @@
 
 #include <iostream>
 
+#include "platform/qt/qt_locale.h"
+
 namespace qv::cli {
+
+CliContext::CliContext() : options(SystemFormatOptions()) {}
 
 void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
   parser.addOption({"date-format", "Short date pattern, for example dd/MM/yyyy.", "pattern"});

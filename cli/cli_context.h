@@ -15,8 +15,9 @@ namespace qv::cli {
 
 class CliContext {
  public:
+  CliContext();
   CliPrompter prompter;
-  FormatOptions options;
+  FormatOptions options;  // the system locale's, until the global options override them
   SystemClock clock;
 
   // Adds --date-format, --time-format, --decimal-comma, --yes, --no and --verbose; every

@@ -105,10 +105,14 @@ bool SaveDatabase(Database& db, const Clock& clock) {
 
 namespace {
 
-std::uint32_t NextUid(const Database& db) {
-  std::uint32_t uid = kSchemaRecords;
-  for (const RecordSlot& r : db.records) uid = std::max(uid, r.uid);
-  return (uid + 1) & 0xFFFFFF;
+// Identifiers only need to differ; one past the largest in use, found once per open database.
+std::uint32_t NextUid(Database& db) {
+  if (db.next_uid == 0) {
+    std::uint32_t uid = kSchemaRecords;
+    for (const RecordSlot& r : db.records) uid = std::max(uid, r.uid);
+    db.next_uid = uid + 1;
+  }
+  return db.next_uid++ & 0xFFFFFF;
 }
 
 Bytes DefaultValue(const Database& db, int slot) {

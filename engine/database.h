@@ -46,6 +46,8 @@ struct Database {
   // `restriction_field` equals `restriction_key` belong to the parent record.
   int restriction_field = -1;
   std::uint32_t restriction_key = 0;
+  // The identifier the next new record takes; 0 until first needed.
+  std::uint32_t next_uid = 0;
 
   DatabaseDefinition& definition() { return schema.definition; }
   const DatabaseDefinition& definition() const { return schema.definition; }

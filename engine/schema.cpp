@@ -134,6 +134,7 @@ void FieldRecord::SetItems(const std::vector<std::string>& new_texts) {
 
 Bytes AuxRecord::Encode() const {
   Bytes out;
+  out.reserve(28 + 16 * entries.size());
   out.push_back(lead);
   AppendBytes(out, prefix.data(), prefix.size());
   AppendLE16(out, static_cast<std::uint16_t>(entries.size()));
