@@ -7,7 +7,7 @@ namespace {
 // The first character of a pattern that is neither a letter nor a quote: the separator.
 std::string SeparatorOf(const std::string& pattern, const char* fallback) {
   for (char c : pattern)
-    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '\'' || c == ' '))
+    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '\''))
       return std::string(1, c);
   return fallback;
 }
@@ -32,8 +32,14 @@ std::string WindowsTimePattern(const QString& qt_pattern) {
 
 Locale LocaleFromQt(const QLocale& qlocale, const Settings* overrides) {
   Locale locale;
-  locale.short_date = WindowsDatePattern(qlocale.dateFormat(QLocale::ShortFormat));
-  locale.time_format = WindowsTimePattern(qlocale.timeFormat(QLocale::LongFormat));
+  if (qlocale.language() == QLocale::C) {
+    // The C locale spells the month's name; plain numbers read better in a database.
+    locale.short_date = "yyyy-MM-dd";
+    locale.time_format = "HH:mm:ss";
+  } else {
+    locale.short_date = WindowsDatePattern(qlocale.dateFormat(QLocale::ShortFormat));
+    locale.time_format = WindowsTimePattern(qlocale.timeFormat(QLocale::LongFormat));
+  }
   if (overrides) {
     if (auto d = overrides->read("DateFormat"); d && !d->empty()) locale.short_date = *d;
     if (auto t = overrides->read("TimeFormat"); t && !t->empty()) locale.time_format = *t;
