@@ -171,10 +171,10 @@ std::optional<Bytes> ReadWholeFile(const std::string& path) {
   return bytes;
 }
 
-bool WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
+WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
   std::string temp = path + ".saving";
   int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) return false;
+  if (fd < 0) return WriteResult::CannotOpen;
   std::size_t done = 0;
   while (done < bytes.size()) {
     ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
@@ -183,9 +183,9 @@ bool WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> 
   }
   bool ok = done == bytes.size() && ::fsync(fd) == 0;
   ok = (::close(fd) == 0) && ok;
-  if (ok && std::rename(temp.c_str(), path.c_str()) == 0) return true;
+  if (ok && std::rename(temp.c_str(), path.c_str()) == 0) return WriteResult::Written;
   std::remove(temp.c_str());
-  return false;
+  return WriteResult::Failed;
 }
 
 namespace {

@@ -89,9 +89,10 @@ bool TestForFile(const std::string& path);
 int ReadHeader(const std::string& path, Header& header);
 
 std::optional<Bytes> ReadWholeFile(const std::string& path);
+enum class WriteResult { CannotOpen, Failed, Written };
 // Writes a sibling temporary file, flushes it to disk and renames it over the path, so a crash
 // or a full disk leaves either the old file or the new one.
-bool WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
+WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
 
 // Finds the database whose header name is `name` in the folder of `reference_path`: the exact
 // file name, then blanks turned into underscores, then every .PDB file of the folder.

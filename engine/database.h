@@ -67,7 +67,8 @@ ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
 bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter);
 // The exact bytes a save writes (record 0's dirty bit set while the database is changed).
 Bytes SerializeDatabase(const Database& db);
-// Stamps the modification date and rewrites the file at db.path through a sibling file.
+// Stamps the modification date and rewrites the file at db.path through a sibling file. The
+// changed flag is cleared whenever the file could be opened for writing.
 bool SaveDatabase(Database& db, const Clock& clock);
 // Seconds since 1904 for the header, from the clock's local time.
 std::uint32_t FileTimeNow(const Clock& clock);
