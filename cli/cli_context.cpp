@@ -13,10 +13,14 @@ void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
   parser.addOption({"yes", "Answer yes to every question."});
   parser.addOption({"no", "Answer no to every question."});
   parser.addOption({"verbose", "Show progress texts."});
-  parser.addOption({"password-file", "Read the database's password from the first line of a file "
-                    "(or set QUORVANT_PASSWORD).", "file"});
-  parser.addOption({"new-password-file", "Read a new access password from a file "
-                    "(or set QUORVANT_NEW_PASSWORD).", "file"});
+  parser.addOption({"password-file",
+                    "Read the database's password from the first line of a file "
+                    "(or set QUORVANT_PASSWORD).",
+                    "file"});
+  parser.addOption({"new-password-file",
+                    "Read a new access password from a file "
+                    "(or set QUORVANT_NEW_PASSWORD).",
+                    "file"});
 }
 
 namespace {
@@ -42,7 +46,8 @@ void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
   if (parser.isSet("yes")) prompter.preset = CliPrompter::Preset::Yes;
   if (parser.isSet("no")) prompter.preset = CliPrompter::Preset::No;
   if (parser.isSet("verbose")) prompter.verbose = true;
-  if (parser.isSet("password-file")) passwords.password_file = parser.value("password-file").toStdString();
+  if (parser.isSet("password-file"))
+    passwords.password_file = parser.value("password-file").toStdString();
   if (parser.isSet("new-password-file"))
     passwords.new_password_file = parser.value("new-password-file").toStdString();
 }

@@ -26,7 +26,8 @@ std::optional<std::uint32_t> RecordNumber(const Database& db, const QString& tex
 
 // The record-close step: marked fields are enciphered again in mode 1, and in mode 2 when the
 // record was enciphered before the edit. Cancelling it keeps the file as it was.
-bool EncipherAfterEdit(CliContext& context, Database& db, std::uint32_t number, bool was_enciphered) {
+bool EncipherAfterEdit(CliContext& context, Database& db, std::uint32_t number,
+                       bool was_enciphered) {
   int mode = GetEncryptionMode(db.definition());
   if (mode != kEncryptMarkedFields && !(mode == kManualEncryption && was_enciphered)) return true;
   if (EncipherRecord(db, number, context.ui) != EncipherResult::kCancelled) return true;

@@ -54,8 +54,8 @@ bool MarkRecords(CliContext& context, Database& db, const QStringList& numbers) 
 int Encrypt(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
-  parser.addOption({"mode", "0 whole records, 1 marked fields, 2 marked fields of marked records.",
-                    "mode"});
+  parser.addOption(
+      {"mode", "0 whole records, 1 marked fields, 2 marked fields of marked records.", "mode"});
   parser.addOption({"field", "Mark a field for encryption; repeat for more.", "name"});
   parser.addOption({"record", "Mark a record (from 1) for manual encryption (mode 2).", "number"});
   const char* usage = "encrypt FILE [--mode 0|1|2] [--field NAME ...] [--record N ...]";
@@ -106,7 +106,8 @@ int Decrypt(CliContext& context, const QStringList& arguments) {
   // Mode 0 bodies were deciphered as the database opened.
   if (mode != kEncryptEntireDatabase && AnyRecordEnciphered(*db)) {
     if (mode == kEncryptionDisabled) {
-      context.Error("records are enciphered but encryption is disabled; enable it with qvdb encrypt first");
+      context.Error(
+          "records are enciphered but encryption is disabled; enable it with qvdb encrypt first");
       return kFailed;
     }
     if (DecryptDatabaseWithPrompt(*db, true, context.ui) != 1) {
@@ -154,8 +155,10 @@ bool ApplyAccess(CliContext& context, Database& db, const QString& text) {
   auto action = AccessActionByLabel(text.left(eq).trimmed().toStdString());
   auto value = eq > 0 ? AccessValueByLabel(text.mid(eq + 1).trimmed().toStdString()) : std::nullopt;
   if (eq <= 0 || !action || !value) {
-    context.Error("expected ACTION=VALUE with the dialog's labels, for example \"Open Database=Password "
-                  "Required\", not '" + text.toStdString() + "'");
+    context.Error(
+        "expected ACTION=VALUE with the dialog's labels, for example \"Open Database=Password "
+        "Required\", not '" +
+        text.toStdString() + "'");
     return false;
   }
   if (*value == kViewRecordsOnly && *action != kEditRecords) {

@@ -27,7 +27,8 @@ bool AskMatchingPassword(const DatabaseDefinition& definition, SecurityUi& ui) {
 
 bool CheckOpenAccess(const DatabaseDefinition& definition, SecurityUi& ui) {
   switch (GetAccess(definition, kOpenDatabase)) {
-    case kFullAccess: return true;
+    case kFullAccess:
+      return true;
     case kPasswordRequired:
       ui.password_buffer = GetAccessPassword(definition);
       return AskPassword(ui, PasswordMode::kVerifyAccess) == 1;
@@ -67,7 +68,8 @@ bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui
 }
 
 EncipherResult EncipherOnDatabaseClose(Database& db, SecurityUi& ui) {
-  if (GetEncryptionMode(db.definition()) != kEncryptEntireDatabase) return EncipherResult::kNotNeeded;
+  if (GetEncryptionMode(db.definition()) != kEncryptEntireDatabase)
+    return EncipherResult::kNotNeeded;
   if (IsDatabaseEnciphered(db.definition()) || db.count() == 0) return EncipherResult::kNotNeeded;
   if (AskPassword(ui, PasswordMode::kEncryption) != 1) return EncipherResult::kCancelled;
   ui.prompter.busy(true);

@@ -19,7 +19,9 @@ bool IsStringType(unsigned type) {
 }
 
 // Texts other than Notes are framed with one length byte.
-bool HasByteFrame(unsigned type) { return IsStringType(type) && type != kNote; }
+bool HasByteFrame(unsigned type) {
+  return IsStringType(type) && type != kNote;
+}
 
 std::size_t TextLength(std::span<const std::uint8_t> bytes) {
   return CStringAt(bytes.data(), bytes.size()).size();
@@ -183,9 +185,12 @@ int DecryptRecordFields(const DatabaseDefinition& definition, Bytes& record,
     Bytes plain;
     switch (Unframe(type, std::span<const std::uint8_t>(record).subspan(ref->offset, ref->length),
                     plain)) {
-      case Unframed::Bad: return -1;
-      case Unframed::Skip: continue;
-      case Unframed::Ok: break;
+      case Unframed::Bad:
+        return -1;
+      case Unframed::Skip:
+        continue;
+      case Unframed::Ok:
+        break;
     }
     Decipher(type, plain, key);
     sum += SumOf(plain);

@@ -14,9 +14,9 @@
 
 namespace qv {
 
-inline constexpr std::uint8_t kRecordManualEncrypt = 0x01;    // marked for manual encryption
-inline constexpr std::uint8_t kRecordBodyEnciphered = 0x10;   // whole body enciphered
-inline constexpr std::uint8_t kRecordFieldsEnciphered = 0x20; // marked fields enciphered
+inline constexpr std::uint8_t kRecordManualEncrypt = 0x01;     // marked for manual encryption
+inline constexpr std::uint8_t kRecordBodyEnciphered = 0x10;    // whole body enciphered
+inline constexpr std::uint8_t kRecordFieldsEnciphered = 0x20;  // marked fields enciphered
 
 namespace record_header {
 inline constexpr std::size_t kLead = 0;  // always 22

@@ -90,7 +90,9 @@ ExpandedKey ExpandKey(const UserKey& user_key) {
   return out;
 }
 
-ExpandedKey MakeKey(std::string_view password) { return ExpandKey(PadPassword(password)); }
+ExpandedKey MakeKey(std::string_view password) {
+  return ExpandKey(PadPassword(password));
+}
 
 void EncryptBlock(std::uint8_t* block, const ExpandedKey& key) {
   std::uint8_t a = block[0], b = block[1], c = block[2], d = block[3];

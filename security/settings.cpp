@@ -5,17 +5,26 @@
 namespace qv {
 
 namespace {
-std::uint8_t* Area(DatabaseDefinition& d) { return d.data() + def::kSecurityArea; }
-const std::uint8_t* Area(const DatabaseDefinition& d) { return d.data() + def::kSecurityArea; }
+std::uint8_t* Area(DatabaseDefinition& d) {
+  return d.data() + def::kSecurityArea;
+}
+const std::uint8_t* Area(const DatabaseDefinition& d) {
+  return d.data() + def::kSecurityArea;
+}
 }  // namespace
 
 std::string_view EncryptionModeLabel(int mode) {
   switch (mode) {
-    case kEncryptEntireDatabase: return "Encrypt Entire Database on Close";
-    case kEncryptMarkedFields: return "Encrypt Marked Fields on Record Close";
-    case kManualEncryption: return "Manual Encryption of Records Only";
-    case kEncryptionDisabled: return "Disable Encryption on this Database";
-    default: return {};
+    case kEncryptEntireDatabase:
+      return "Encrypt Entire Database on Close";
+    case kEncryptMarkedFields:
+      return "Encrypt Marked Fields on Record Close";
+    case kManualEncryption:
+      return "Manual Encryption of Records Only";
+    case kEncryptionDisabled:
+      return "Disable Encryption on this Database";
+    default:
+      return {};
   }
 }
 

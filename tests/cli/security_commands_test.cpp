@@ -37,7 +37,8 @@ class SecurityCommandsTest : public ::testing::Test {
     std::uint32_t bad = 0;
     EXPECT_EQ(ParseDatabase(FileBytes(), db, bad), ReadError::None);
     for (int i = 0;; ++i)
-      if (!CheckVerifier(db.definition(), "wrong" + std::to_string(i))) return "wrong" + std::to_string(i);
+      if (!CheckVerifier(db.definition(), "wrong" + std::to_string(i)))
+        return "wrong" + std::to_string(i);
   }
 
   TempFolder folder_;
@@ -90,9 +91,10 @@ TEST_F(SecurityCommandsTest, AWrongPasswordIsRefusedAndTheFileKept) {
   for (const char* command : {"list", "decrypt"}) {
     auto refused = RunQvdb({command, file_}, "", wrong);
     EXPECT_EQ(refused.exit_code, 1) << command;
-    EXPECT_NE(refused.err.find("ACCESS DENIED: ERROR: Password does not properly decrypt this data. "
-                               "Please Try again."),
-              std::string::npos)
+    EXPECT_NE(
+        refused.err.find("ACCESS DENIED: ERROR: Password does not properly decrypt this data. "
+                         "Please Try again."),
+        std::string::npos)
         << refused.err;
   }
   EXPECT_EQ(RunQvdb({"add", file_, "Name=x"}, "", wrong).exit_code, 1);
@@ -102,13 +104,16 @@ TEST_F(SecurityCommandsTest, AWrongPasswordIsRefusedAndTheFileKept) {
 TEST_F(SecurityCommandsTest, AccessPermissionsGuardTheCommands) {
   std::string new_password = folder_.Path("new.txt");
   std::ofstream(new_password) << "door";
-  ASSERT_EQ(RunQvdb({"security", file_, "--access-password", "--new-password-file", new_password}).exit_code, 0);
+  ASSERT_EQ(RunQvdb({"security", file_, "--access-password", "--new-password-file", new_password})
+                .exit_code,
+            0);
   ASSERT_EQ(RunQvdb({"security", file_, "--set", "delete records=password required", "--set",
                      "Edit Records=View Records Only"})
                 .exit_code,
             0);
   auto shown = RunQvdb({"security", file_, "--show"});
-  EXPECT_NE(shown.out.find("Delete Records:     Password Required"), std::string::npos) << shown.out;
+  EXPECT_NE(shown.out.find("Delete Records:     Password Required"), std::string::npos)
+      << shown.out;
   EXPECT_NE(shown.out.find("Access password:    set"), std::string::npos);
 
   auto wrong = RunQvdb({"delete", file_, "1"}, "", {{"QUORVANT_PASSWORD", "window"}});
@@ -127,7 +132,8 @@ TEST_F(SecurityCommandsTest, AccessPermissionsGuardTheCommands) {
   auto refused = RunQvdb({"list", file_});
   EXPECT_EQ(refused.exit_code, 1);
   EXPECT_EQ(refused.out, "");
-  EXPECT_NE(refused.err.find("ACCESS DENIED: Action Not Allowed for this Database!"), std::string::npos);
+  EXPECT_NE(refused.err.find("ACCESS DENIED: Action Not Allowed for this Database!"),
+            std::string::npos);
 }
 
 }  // namespace

@@ -58,7 +58,8 @@ TEST(DatabaseCrypt, MarkedFieldsWithAWrongPasswordChangeNoByte) {
   SetEncryptionMode(db->definition(), kEncryptMarkedFields);
   auto plain = Records(*db);
   ASSERT_TRUE(EncryptDatabase(*db, "marked"));
-  for (std::uint32_t i = 0; i < db->count(); ++i) EXPECT_EQ(FlagsOf(*db, i), kRecordFieldsEnciphered);
+  for (std::uint32_t i = 0; i < db->count(); ++i)
+    EXPECT_EQ(FlagsOf(*db, i), kRecordFieldsEnciphered);
 
   Bytes before = SerializeDatabase(*db);
   EXPECT_EQ(DecryptDatabase(*db, RefusedPassword(*db), true), -1);

@@ -43,7 +43,8 @@ TEST_F(ProtectedOpenTest, OpenDatabaseAccessIsCheckedFirst) {
   Database opened;
   EXPECT_FALSE(OpenProtectedDatabase(opened, path_, ui_));
   EXPECT_FALSE(opened.loaded);
-  EXPECT_EQ(prompter_.Messages(), (std::vector<std::string>{"Action Not Allowed for this Database!"}));
+  EXPECT_EQ(prompter_.Messages(),
+            (std::vector<std::string>{"Action Not Allowed for this Database!"}));
   EXPECT_TRUE(passwords_.calls.empty());
 
   SetAccess(db->definition(), kOpenDatabase, kPasswordRequired);
@@ -65,18 +66,21 @@ TEST_F(ProtectedOpenTest, AnEncipheredDatabaseAsksUntilTheVerifierAccepts) {
   Save(*db);
   std::string refused;
   for (int i = 0; refused.empty(); ++i)
-    if (!CheckVerifier(db->definition(), "guess" + std::to_string(i))) refused = "guess" + std::to_string(i);
+    if (!CheckVerifier(db->definition(), "guess" + std::to_string(i)))
+      refused = "guess" + std::to_string(i);
 
   Database opened;
   passwords_.Type(refused);
   EXPECT_FALSE(OpenProtectedDatabase(opened, path_, ui_));  // then Cancel
   EXPECT_EQ(prompter_.Messages(),
-            (std::vector<std::string>{"ERROR: Password does not properly decrypt this data. Please Try again."}));
+            (std::vector<std::string>{
+                "ERROR: Password does not properly decrypt this data. Please Try again."}));
   EXPECT_EQ(passwords_.calls[0].title, "Enter Encryption Password");
 
   passwords_.Type(refused).Type("vault");
   ASSERT_TRUE(OpenProtectedDatabase(opened, path_, ui_));
-  for (std::uint32_t i = 0; i < opened.count(); ++i) EXPECT_EQ(opened.records[i].data, plain[i].data);
+  for (std::uint32_t i = 0; i < opened.count(); ++i)
+    EXPECT_EQ(opened.records[i].data, plain[i].data);
   EXPECT_FALSE(IsDatabaseEnciphered(opened.definition()));
   EXPECT_FALSE(GetVerifier(opened.definition()).present);
 
@@ -97,14 +101,16 @@ TEST_F(ProtectedOpenTest, RecordCloseWarnsAboutADifferentPassword) {
   WriteVerifier(db->definition(), "first");
   std::string refused;
   for (int i = 0; refused.empty(); ++i)
-    if (!CheckVerifier(db->definition(), "other" + std::to_string(i))) refused = "other" + std::to_string(i);
+    if (!CheckVerifier(db->definition(), "other" + std::to_string(i)))
+      refused = "other" + std::to_string(i);
 
   prompter_.Queue(Answer::No);
   passwords_.Type(refused).Type("first");
   EXPECT_EQ(EncipherOnRecordClose(*db, 0, ui_), EncipherResult::kEnciphered);
-  EXPECT_EQ(prompter_.Questions(),
-            (std::vector<std::string>{"Password entered does not seem to match last password given to a "
-                                      "record in this database. Continue anyway?"}));
+  EXPECT_EQ(
+      prompter_.Questions(),
+      (std::vector<std::string>{"Password entered does not seem to match last password given to a "
+                                "record in this database. Continue anyway?"}));
   EXPECT_EQ(FlagsOf(*db, 0), kRecordFieldsEnciphered);
 
   // Opening it for editing: a wrong password leaves it enciphered.
@@ -112,7 +118,8 @@ TEST_F(ProtectedOpenTest, RecordCloseWarnsAboutADifferentPassword) {
   passwords_.Type("second");
   EXPECT_FALSE(DecipherOnRecordOpen(*db, 0, ui_));
   EXPECT_EQ(db->records[0].data, enciphered);
-  EXPECT_EQ(prompter_.Messages().back(), "Error: Supplied Password does not properly Decrypt Record!");
+  EXPECT_EQ(prompter_.Messages().back(),
+            "Error: Supplied Password does not properly Decrypt Record!");
   passwords_.Type("first");
   EXPECT_TRUE(DecipherOnRecordOpen(*db, 0, ui_));
   EXPECT_EQ(ValueText(ValueBytes(db->records[0].data, kName)), "name 0");
@@ -127,11 +134,13 @@ TEST_F(ProtectedOpenTest, WholeDatabaseDecryptAsksAgainAfterARefusedPassword) {
   ASSERT_TRUE(EncryptDatabaseWithPrompt(*db, ui_));
   std::string refused;
   for (int i = 0; refused.empty(); ++i)
-    if (!CheckVerifier(db->definition(), "no" + std::to_string(i))) refused = "no" + std::to_string(i);
+    if (!CheckVerifier(db->definition(), "no" + std::to_string(i)))
+      refused = "no" + std::to_string(i);
   passwords_.Type(refused).Type("key");
   EXPECT_EQ(DecryptDatabaseWithPrompt(*db, true, ui_), 1);
   EXPECT_EQ(prompter_.Messages(),
-            (std::vector<std::string>{"ERROR: Password does not properly decrypt this data.  Please Try again."}));
+            (std::vector<std::string>{
+                "ERROR: Password does not properly decrypt this data.  Please Try again."}));
   EXPECT_FALSE(AnyRecordEnciphered(*db));
 }
 

@@ -45,8 +45,11 @@ TEST(RecordBody, ShortRecordsStayPlainAndThe24thByteIsTheFirstEnciphered) {
   ASSERT_EQ(enciphered.size(), 24u);
   EXPECT_NE(enciphered[23], 0x5A);
   EXPECT_EQ(enciphered[12], kRecordBodyEnciphered);
-  for (std::size_t i = 0; i < 23; ++i)
-    if (i != 12) EXPECT_EQ(enciphered[i], longer[i]) << i;
+  for (std::size_t i = 0; i < 23; ++i) {
+    if (i != 12) {
+      EXPECT_EQ(enciphered[i], longer[i]) << i;
+    }
+  }
   EXPECT_FALSE(EncryptRecordBody(*db, 1, key));  // never twice
   ASSERT_TRUE(DecryptRecordBody(*db, 1, key));
   EXPECT_EQ(db->records[1].data, longer);
@@ -106,12 +109,15 @@ TEST(RecordFields, AnEmptyImageStaysPlainAndEqualRecordsEncipherAlike) {
   db->definition().field(kSketch).set_encrypted(true);
   db->definition().field(kName).set_encrypted(true);
   ExpandedKey key = MakeKey("same");
-  for (std::uint32_t i = 0; i < 3; ++i) EncipherMarkedFields(db->definition(), db->records[i].data, key);
+  for (std::uint32_t i = 0; i < 3; ++i)
+    EncipherMarkedFields(db->definition(), db->records[i].data, key);
   auto empty_image = ValueBytes(db->records[1].data, kSketch);
   EXPECT_EQ(Bytes(empty_image.begin(), empty_image.end()), ImageValue(false));
   // Records 0 and 2 hold the same name and the same image.
-  EXPECT_EQ(Bytes(ValueBytes(db->records[0].data, kName).begin(), ValueBytes(db->records[0].data, kName).end()),
-            Bytes(ValueBytes(db->records[2].data, kName).begin(), ValueBytes(db->records[2].data, kName).end()));
+  EXPECT_EQ(Bytes(ValueBytes(db->records[0].data, kName).begin(),
+                  ValueBytes(db->records[0].data, kName).end()),
+            Bytes(ValueBytes(db->records[2].data, kName).begin(),
+                  ValueBytes(db->records[2].data, kName).end()));
   EXPECT_EQ(db->records[0].data[21], db->records[2].data[21]);
 }
 

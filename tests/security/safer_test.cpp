@@ -1,5 +1,7 @@
 // The cipher against libtomcrypt's SAFER SK-128 and the published example.
 
+#include "security/safer.h"
+
 #include <gtest/gtest.h>
 #include <tomcrypt.h>
 
@@ -9,7 +11,6 @@
 #include <string>
 
 #include "security/cfb.h"
-#include "security/safer.h"
 
 namespace qv {
 namespace {
@@ -77,7 +78,9 @@ TEST(Safer, BlocksMatchLibraryOnRandomKeysAndBlocks) {
   }
 }
 
-std::string KeyText(const UserKey& key) { return std::string(key.begin(), key.end()); }
+std::string KeyText(const UserKey& key) {
+  return std::string(key.begin(), key.end());
+}
 
 TEST(Safer, PasswordPaddingRepeatsThePassword) {
   EXPECT_EQ(KeyText(PadPassword("abc")), "abc abc abc abc ");
