@@ -136,7 +136,9 @@ void LimitTexts(ConstFieldDefinition field, const Condition& c, const FormatOpti
       std::uint8_t low[4] = {c.first[0], c.first[1], c.first[2], type == kDate ? c.first[3] : std::uint8_t{0}};
       std::uint8_t high[4] = {c.second[0], c.second[1], c.second[2], type == kDate ? c.second[3] : std::uint8_t{0}};
       k.lower = ScratchText(type, low, 4, options);
-      k.upper = ScratchText(type, high, 4, options);
+      // An open upper end (all bits set) shows as an empty box.
+      bool open = type == kDate ? GetLE32(high) == 0xFFFFFFFF : GetLE24(high) == 0xFFFFFF;
+      k.upper = open ? std::string() : ScratchText(type, high, 4, options);
       break;
     }
     default: break;
