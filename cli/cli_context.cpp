@@ -4,6 +4,7 @@
 
 #include "platform/qt/qt_locale.h"
 #include "security/protected_open.h"
+#include "processing/store.h"
 
 namespace qv::cli {
 
@@ -73,7 +74,7 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
 std::unique_ptr<Database> CliContext::Open(const std::string& path) {
   auto db = std::make_unique<Database>();
   if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
-  ShowAllRecords(*db);
+  PositionOpenedDatabase(*db, prompter);
   return db;
 }
 
