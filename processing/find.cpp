@@ -2,7 +2,7 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
-#include "processing/calculated_kind.h"
+#include "processing/numeric.h"
 #include "processing/filter.h"
 
 namespace qv {
@@ -51,7 +51,7 @@ std::string DateSearchText(std::uint32_t days, const Locale& locale) {
 bool CalculatedMatches(ConstFieldDefinition field, std::string_view stored, std::string_view search,
                        bool begins_with, const FormatOptions& options) {
   if (stored.empty()) return false;
-  long n = std::atol(std::string(stored).c_str());
+  long n = TextToLong(stored);
   switch (CalculatedResultKind(field)) {
     case 0:
     case 1:

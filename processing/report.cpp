@@ -5,7 +5,7 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
-#include "processing/calculated_kind.h"
+#include "processing/numeric.h"
 #include "processing/filter.h"
 #include "processing/output_file.h"
 
@@ -47,7 +47,7 @@ std::string IntegerReport(const Database& db, int slot, const FormatOptions& opt
   std::uint32_t sum = 0;  // 32-bit, wrapping as the original's long did
   long total_min = kIntegerStart, total_max = -kIntegerStart;
   ForEachPassingValue(db, slot, [&](std::span<const std::uint8_t>, std::uint32_t p) {
-    long n = std::atol(RecordValueText(db, p, slot, options).c_str());
+    long n = TextToLong(RecordValueText(db, p, slot, options));
     ++count;
     minimum = std::min(minimum, n);
     maximum = std::max(maximum, n);
@@ -72,7 +72,7 @@ std::string FloatReport(const Database& db, int slot, const FormatOptions& optio
   double total_min = kFloatStart, total_max = -kFloatStart;
   ForEachPassingValue(db, slot, [&](std::span<const std::uint8_t> value, std::uint32_t) {
     // Stored decimal texts always use "."; the decimal comma is only for showing them.
-    double x = std::strtod(std::string(ValueText(value)).c_str(), nullptr);
+    double x = TextToDouble(ValueText(value));
     count += 1.0;
     sum += x;
     minimum = std::min(minimum, x);
@@ -103,7 +103,7 @@ std::string CheckReport(const Database& db, int slot, const FormatOptions& optio
   int records = 0, checked = 0;
   ForEachPassingValue(db, slot, [&](std::span<const std::uint8_t>, std::uint32_t p) {
     ++records;
-    if (std::atol(RecordValueText(db, p, slot, options).c_str()) != 0) ++checked;
+    if (TextToLong(RecordValueText(db, p, slot, options)) != 0) ++checked;
   });
   double percent = records > 0 ? 100.0 * checked / records : 0.0;
   return Heading(db, slot) + StringPrintf("Number of Entries:\t\t%d\r\n", records) +
@@ -124,7 +124,7 @@ std::string DateReport(const Database& db, int slot, const FormatOptions& option
   std::uint32_t minimum = kDateStart, maximum = 0;
   bool dated = false;
   ForEachPassingValue(db, slot, [&](std::span<const std::uint8_t> value, std::uint32_t) {
-    long n = calculated ? std::atol(std::string(ValueText(value)).c_str()) : ValueUInt32(value);
+    long n = calculated ? TextToLong(ValueText(value)) : ValueUInt32(value);
     ++count;  // empty dates count as entries but take no part in the limits
     if (n <= 0 || n > 0xFFFFFFF) return;
     dated = true;
@@ -150,7 +150,7 @@ std::string TimeReport(const Database& db, int slot, const FormatOptions& option
   ForEachPassingValue(db, slot, [&](std::span<const std::uint8_t> value, std::uint32_t) {
     long seconds = 0;
     if (calculated) {
-      seconds = std::atol(std::string(ValueText(value)).c_str());
+      seconds = TextToLong(ValueText(value));
     } else {
       // A record without a time is no entry: counting it as 255 hours would spoil every line.
       if (value.size() < 3 || value[2] == 255) return;
@@ -202,7 +202,7 @@ ReportKind ReportKindOf(ConstFieldDefinition field) {
 }
 
 int ReportDecimals(ConstFieldDefinition field) {
-  if (field.type() == kCalculated) return CalculatedDecimals(CalculatedResultKind(field));
+  if (field.type() == kCalculated) return ResultKindDecimals(CalculatedResultKind(field));
   int decimals = FloatDecimals(field);
   return decimals > 0 ? decimals : 4;
 }

@@ -1,0 +1,240 @@
+#include "processing/csv_import.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "engine/format.h"
+#include "engine/text.h"
+#include "processing/filter.h"
+#include "processing/sort.h"
+
+namespace qv {
+
+namespace {
+
+// Fields whose cells are not read back: images, headings, values computed from others and
+// values that point into other databases.
+bool Importable(unsigned type) {
+  switch (type) {
+    case kText:
+    case kInteger:
+    case kFloat:
+    case kPopUp:
+    case kCheckBox:
+    case kUnique:
+    case kDate:
+    case kTime:
+    case kLink:
+    case kNote:
+    case kDbPopup:
+    case kExternal: return true;
+    default: return false;
+  }
+}
+
+std::optional<int> FieldOfHeader(const Database& db, std::string_view cell) {
+  if (auto slot = db.definition().FindField(cell)) return slot;
+  return db.definition().FindField(HeaderName(cell));
+}
+
+bool LooksLikeHeader(const Database& db, const CsvRow& row, TextEncoding encoding) {
+  bool any = false;
+  for (const std::string& cell : row.cells) {
+    if (cell.empty()) continue;
+    any = true;
+    if (!FieldOfHeader(db, DecodeFromFile(cell, encoding))) return false;
+  }
+  return any;
+}
+
+// The next free number of every Unique field, found once rather than per row.
+std::array<std::uint32_t, kFieldSlots> NextUniqueNumbers(const Database& db) {
+  std::array<std::uint32_t, kFieldSlots> next{};
+  for (int slot = 0; slot < kFieldSlots; ++slot) {
+    if (db.definition().field(slot).type() != kUnique) continue;
+    for (const RecordSlot& r : db.records) {
+      auto v = ValueBytes(r.data, slot);
+      if (v.size() >= 4) next[slot] = std::max(next[slot], ValueUInt32(v) + 1);
+    }
+  }
+  return next;
+}
+
+std::uint32_t NextUid(const Database& db) {
+  std::uint32_t uid = kSchemaRecords;
+  for (const RecordSlot& r : db.records) uid = std::max(uid, r.uid);
+  return uid + 1;
+}
+
+// Why a cell was refused, in words a user can act on.
+std::string RefusalReason(ConstFieldDefinition field, const std::string& stored) {
+  std::string shown = Cp1252ToUtf8(stored);
+  unsigned type = field.type();
+  if ((type == kText || type == kDbPopup || type == kNote || type == kExternal) &&
+      stored.size() + 1 > std::max<std::size_t>(LargestValueSize(field), 1))
+    return StringPrintf("the %s value is longer than %u characters", field.name().c_str(),
+                        static_cast<unsigned>(std::max<std::size_t>(LargestValueSize(field), 1) - 1));
+  if (type == kPopUp)
+    return StringPrintf("'%s' is not an item of the %s list", stored.c_str(), field.name().c_str());
+  return StringPrintf("'%s' is not a valid %s value for %s", stored.c_str(),
+                      std::string(FieldTypeName(type)).c_str(), field.name().c_str());
+}
+
+// Places the appended records [old_count, count) in sort order with one stable sort and one
+// merge, instead of one sorted insert per row. The records there already keep their order.
+void MergeAppendedInSortOrder(Database& db, std::uint32_t old_count) {
+  if (db.definition().sort_key(0).field < 0 || db.count() - old_count == 0) return;
+  std::vector<std::uint32_t> order(db.count());
+  std::iota(order.begin(), order.end(), 0u);
+  auto less = [&db](std::uint32_t a, std::uint32_t b) { return CompareRecords(db, a, b) < 0; };
+  std::stable_sort(order.begin() + old_count, order.end(), less);
+  std::inplace_merge(order.begin(), order.begin() + old_count, order.end(), less);
+  std::vector<RecordSlot> sorted;
+  sorted.reserve(db.count());
+  for (std::uint32_t i : order) sorted.push_back(std::move(db.records[i]));
+  db.records = std::move(sorted);
+}
+
+}  // namespace
+
+std::string_view HeaderName(std::string_view cell) {
+  std::size_t colon = cell.find(':');
+  if (colon == std::string_view::npos || colon == 0) return cell;
+  std::string_view rest = cell.substr(colon + 1);
+  std::string_view type = rest.substr(0, rest.find(':'));
+  return FieldTypeByName(type) ? cell.substr(0, colon) : cell;
+}
+
+bool MapColumns(const Database& db, const std::vector<CsvRow>& rows, CsvHeader header,
+                TextEncoding encoding, ColumnMap& map, std::string& error) {
+  map = ColumnMap{};
+  bool use_header = header == CsvHeader::Present ||
+                    (header == CsvHeader::Auto && !rows.empty() && LooksLikeHeader(db, rows[0], encoding));
+  if (!use_header) {
+    for (int slot : UsedFieldsInDisplayOrder(db.definition()))
+      map.slots.push_back(Importable(db.definition().field(slot).type()) ? slot : -1);
+    return true;
+  }
+  map.header = true;
+  if (rows.empty()) return true;
+  std::array<bool, kFieldSlots> taken{};
+  for (const std::string& file_cell : rows[0].cells) {
+    std::string cell = DecodeFromFile(file_cell, encoding);
+    if (cell.empty()) {
+      map.slots.push_back(-1);
+      continue;
+    }
+    auto slot = FieldOfHeader(db, cell);
+    if (!slot) {
+      error = StringPrintf("the database has no field named '%s'", cell.c_str());
+      return false;
+    }
+    if (taken[*slot]) {
+      error = StringPrintf("the field '%s' is named twice in the header", cell.c_str());
+      return false;
+    }
+    taken[*slot] = true;
+    map.slots.push_back(Importable(db.definition().field(*slot).type()) ? *slot : -1);
+  }
+  return true;
+}
+
+ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const ColumnMap& map,
+                           const CsvImportOptions& import_options, const FormatOptions& options,
+                           Prompter& prompter) {
+  ImportResult result;
+  result.ok = true;
+  prompter.busy(true);
+  prompter.progress("Importing from .CSV File...");
+  const DatabaseDefinition& d = db.definition();
+  const RecordValues defaults = DefaultValues(db);
+  auto next_unique = NextUniqueNumbers(db);
+  std::uint32_t uid = NextUid(db);
+  const std::uint32_t old_count = db.count();
+  // Columns past the mapped ones (and the one-cell row of a blank line) hold nothing to import.
+  const bool one_column = map.slots.size() == 1;
+  for (std::size_t r = map.header ? 1 : 0; r < rows.size(); ++r) {
+    const CsvRow& row = rows[r];
+    if (!row.problem.empty()) {
+      result.problems.push_back({row.line, row.problem});
+      continue;
+    }
+    if (!one_column && row.cells.size() == 1 && row.cells[0].empty()) continue;  // a blank line
+    std::size_t extra = row.cells.size() > map.slots.size() ? row.cells.size() - map.slots.size() : 0;
+    if (extra > 0 && std::any_of(row.cells.begin() + map.slots.size(), row.cells.end(),
+                                 [](const std::string& c) { return !c.empty(); })) {
+      result.problems.push_back(
+          {row.line, StringPrintf("%zu values, but the file has %zu columns", row.cells.size(),
+                                  map.slots.size())});
+      continue;
+    }
+    if (db.count() >= kMaxDataRecords) {
+      result.problems.push_back({row.line, StringPrintf("the database holds %u records already; "
+                                                        "this row and the rest were not imported",
+                                                        kMaxDataRecords)});
+      break;
+    }
+    RecordValues values = defaults;
+    std::string reason;
+    bool unique_given[kFieldSlots] = {};
+    for (std::size_t c = 0; c < row.cells.size() && c < map.slots.size() && reason.empty(); ++c) {
+      int slot = map.slots[c];
+      if (slot < 0) continue;
+      ConstFieldDefinition field = d.field(slot);
+      if (row.cells[c].empty()) continue;  // an empty cell keeps the new record's default
+      std::string stored = DecodeFromFile(row.cells[c], import_options.encoding);
+      auto value = ParseValue(field, db.schema.fields[slot], stored, options);
+      if (!value) {
+        reason = RefusalReason(field, stored);
+        break;
+      }
+      if (field.type() == kUnique) unique_given[slot] = true;
+      values.Set(slot, std::move(*value));
+    }
+    if (!reason.empty()) {
+      result.problems.push_back({row.line, reason});
+      continue;
+    }
+    for (int slot = 0; slot < kFieldSlots; ++slot) {
+      if (d.field(slot).type() != kUnique) continue;
+      if (!unique_given[slot]) values.Set(slot, UInt32Value(next_unique[slot]));
+      next_unique[slot] = std::max(next_unique[slot], ValueUInt32(values.values[slot]) + 1);
+    }
+    // Appended here; the sort order is restored once for all rows below.
+    db.records.push_back({EncodeRecord(d, values), uid++ & 0xFFFFFF, 0});
+    ++result.imported;
+  }
+  if (result.imported > 0) {
+    db.changed = true;
+    MergeAppendedInSortOrder(db, old_count);
+  }
+  RebuildFilteredList(db);
+  prompter.busy(false);
+  return result;
+}
+
+ImportResult ImportCsvText(Database& db, std::string_view text,
+                           const CsvImportOptions& import_options, const FormatOptions& options,
+                           Prompter& prompter) {
+  std::vector<CsvRow> rows = ReadCsv(text, import_options.separator);
+  ColumnMap map;
+  ImportResult result;
+  if (!MapColumns(db, rows, import_options.header, import_options.encoding, map, result.error))
+    return result;
+  return ImportCsvRows(db, rows, map, import_options, options, prompter);
+}
+
+ImportResult ImportCsvFile(Database& db, const std::string& path,
+                           const CsvImportOptions& import_options, const FormatOptions& options,
+                           Prompter& prompter) {
+  auto bytes = ReadWholeFile(path);
+  if (!bytes) {
+    ImportResult result;
+    result.error = StringPrintf("ERROR: Cannot Open File: %s for reading", path.c_str());
+    return result;
+  }
+  std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+  return ImportCsvText(db, text, import_options, options, prompter);
+}
+
+}  // namespace qv
