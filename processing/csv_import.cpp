@@ -6,6 +6,8 @@
 #include "engine/format.h"
 #include "engine/text.h"
 #include "processing/filter.h"
+#include "processing/formula.h"
+#include "processing/recalc.h"
 #include "processing/sort.h"
 
 namespace qv {
@@ -80,6 +82,12 @@ std::string RefusalReason(ConstFieldDefinition field, const std::string& stored)
                       std::string(FieldTypeName(type)).c_str(), field.name().c_str());
 }
 
+bool HasComputedFields(const DatabaseDefinition& d) {
+  for (int slot = 0; slot < kFieldSlots; ++slot)
+    if (d.field(slot).type() == kCalculated || d.field(slot).type() == kConditional) return true;
+  return false;
+}
+
 // Places the appended records [old_count, count) in sort order with one stable sort and one
 // merge, instead of one sorted insert per row. The records there already keep their order.
 void MergeAppendedInSortOrder(Database& db, std::uint32_t old_count) {
@@ -93,6 +101,30 @@ void MergeAppendedInSortOrder(Database& db, std::uint32_t old_count) {
   sorted.reserve(db.count());
   for (std::uint32_t i : order) sorted.push_back(std::move(db.records[i]));
   db.records = std::move(sorted);
+}
+
+// What the record editor's store does for each record, done once for all appended ones: their
+// own computed values (one may be a sort key), the sort order, then the values that depend on
+// the records before them.
+void FinishAppend(Database& db, std::uint32_t old_count, Prompter& prompter) {
+  const std::uint32_t first_uid = db.records[old_count].uid;
+  if (HasComputedFields(db.definition())) {
+    for (std::uint32_t p = old_count; p < db.count(); ++p) {
+      Bytes work = db.records[p].data;
+      ComputeRecordFormulas(db, db.definition(), work, {}, prompter);
+      db.records[p].data = std::move(work);
+    }
+  }
+  MergeAppendedInSortOrder(db, old_count);
+  if (!HasPositionDependentFields(db)) return;
+  std::uint32_t first = old_count;
+  for (std::uint32_t p = 0; p < db.count(); ++p) {
+    if (db.records[p].uid >= first_uid) {
+      first = p;
+      break;
+    }
+  }
+  RecalculateFrom(db, first, prompter);
 }
 
 }  // namespace
@@ -206,7 +238,7 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
   }
   if (result.imported > 0) {
     db.changed = true;
-    MergeAppendedInSortOrder(db, old_count);
+    FinishAppend(db, old_count, prompter);
   }
   RebuildFilteredList(db);
   prompter.busy(false);
