@@ -10,7 +10,8 @@ namespace {
 
 std::vector<qv::cli::Command> AllCommands() {
   std::vector<qv::cli::Command> all;
-  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands}) {
+  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands, qv::cli::ViewCommands,
+                     qv::cli::ExchangeCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }

@@ -144,7 +144,7 @@ bool MapColumns(const Database& db, const std::vector<CsvRow>& rows, CsvHeader h
                     (header == CsvHeader::Auto && !rows.empty() && LooksLikeHeader(db, rows[0], encoding));
   if (!use_header) {
     for (int slot : UsedFieldsInDisplayOrder(db.definition()))
-      map.slots.push_back(Importable(db.definition().field(slot).type()) ? slot : -1);
+      map.fields.push_back(Importable(db.definition().field(slot).type()) ? slot : -1);
     return true;
   }
   map.header = true;
@@ -153,7 +153,7 @@ bool MapColumns(const Database& db, const std::vector<CsvRow>& rows, CsvHeader h
   for (const std::string& file_cell : rows[0].cells) {
     std::string cell = DecodeFromFile(file_cell, encoding);
     if (cell.empty()) {
-      map.slots.push_back(-1);
+      map.fields.push_back(-1);
       continue;
     }
     auto slot = FieldOfHeader(db, cell);
@@ -166,7 +166,7 @@ bool MapColumns(const Database& db, const std::vector<CsvRow>& rows, CsvHeader h
       return false;
     }
     taken[*slot] = true;
-    map.slots.push_back(Importable(db.definition().field(*slot).type()) ? *slot : -1);
+    map.fields.push_back(Importable(db.definition().field(*slot).type()) ? *slot : -1);
   }
   return true;
 }
@@ -184,7 +184,7 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
   std::uint32_t uid = NextUid(db);
   const std::uint32_t old_count = db.count();
   // Columns past the mapped ones (and the one-cell row of a blank line) hold nothing to import.
-  const bool one_column = map.slots.size() == 1;
+  const bool one_column = map.fields.size() == 1;
   for (std::size_t r = map.header ? 1 : 0; r < rows.size(); ++r) {
     const CsvRow& row = rows[r];
     if (!row.problem.empty()) {
@@ -192,12 +192,12 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
       continue;
     }
     if (!one_column && row.cells.size() == 1 && row.cells[0].empty()) continue;  // a blank line
-    std::size_t extra = row.cells.size() > map.slots.size() ? row.cells.size() - map.slots.size() : 0;
-    if (extra > 0 && std::any_of(row.cells.begin() + map.slots.size(), row.cells.end(),
+    std::size_t extra = row.cells.size() > map.fields.size() ? row.cells.size() - map.fields.size() : 0;
+    if (extra > 0 && std::any_of(row.cells.begin() + map.fields.size(), row.cells.end(),
                                  [](const std::string& c) { return !c.empty(); })) {
       result.problems.push_back(
           {row.line, StringPrintf("%zu values, but the file has %zu columns", row.cells.size(),
-                                  map.slots.size())});
+                                  map.fields.size())});
       continue;
     }
     if (db.count() >= kMaxDataRecords) {
@@ -209,8 +209,8 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
     RecordValues values = defaults;
     std::string reason;
     bool unique_given[kFieldSlots] = {};
-    for (std::size_t c = 0; c < row.cells.size() && c < map.slots.size() && reason.empty(); ++c) {
-      int slot = map.slots[c];
+    for (std::size_t c = 0; c < row.cells.size() && c < map.fields.size() && reason.empty(); ++c) {
+      int slot = map.fields[c];
       if (slot < 0) continue;
       ConstFieldDefinition field = d.field(slot);
       if (row.cells[c].empty()) continue;  // an empty cell keeps the new record's default

@@ -46,7 +46,7 @@ struct ImportResult {
 // How the columns of a file meet the fields: one slot per column, -1 for a column whose cells
 // are not imported (Image, Heading, computed and linked fields, or an empty header cell).
 struct ColumnMap {
-  std::vector<int> slots;
+  std::vector<int> fields;
   bool header = false;  // the first row was a header
 };
 
