@@ -10,22 +10,34 @@
 
 namespace qv {
 
-std::string CsvQuote(std::string_view source, bool force, char separator) {
-  if (source.empty()) return force ? "\"\"" : "";
-  std::string copy;
-  copy.reserve(source.size() + 2);
+void AppendCsvQuoted(std::string& out, std::string_view source, bool force, char separator) {
+  if (source.empty()) {
+    if (force) out += "\"\"";
+    return;
+  }
   bool needs_quotes = force;
   for (char c : source) {
-    if (c == '"') {
-      copy += '"';
+    if (c == '"' || c == separator || c == '\r' || c == '\n') {
       needs_quotes = true;
-    } else if (c == separator || c == '\r' || c == '\n') {
-      needs_quotes = true;
+      break;
     }
-    copy += c;
   }
-  if (!needs_quotes) return copy;
-  return '"' + copy + '"';
+  if (!needs_quotes) {
+    out += source;
+    return;
+  }
+  out += '"';
+  for (char c : source) {
+    if (c == '"') out += '"';
+    out += c;
+  }
+  out += '"';
+}
+
+std::string CsvQuote(std::string_view source, bool force, char separator) {
+  std::string out;
+  AppendCsvQuoted(out, source, force, separator);
+  return out;
 }
 
 namespace {
@@ -53,7 +65,7 @@ void WriteHeader(const Database& db, const CsvExportOptions& o, std::string& lin
     if (!first) line += o.separator;
     first = false;
     std::string name = EncodeForFile(db.definition().field(slot).name(), o.encoding);
-    line += CsvQuote(name, o.quote_all_names, o.separator);
+    AppendCsvQuoted(line, name, o.quote_all_names, o.separator);
   }
   line += '\n';
 }
@@ -62,7 +74,6 @@ void WriteHeader(const Database& db, const CsvExportOptions& o, std::string& lin
 bool WriteRecordLine(const Database& db, std::uint32_t number, const CsvExportOptions& o,
                      const FormatOptions& options, Prompter& prompter, std::string& line) {
   const Bytes& record = db.records[number].data;
-  const bool intact = EntriesIntact(record);
   bool ok = true;
   for (int i = 0; i < kFieldSlots; ++i) {
     int slot = o.slot_order ? i : db.definition().display_slot(i);
@@ -74,7 +85,8 @@ bool WriteRecordLine(const Database& db, std::uint32_t number, const CsvExportOp
     if (i > 0) line += o.separator;
     if (field.type() == kImage) continue;
     auto located = LocateValue(record, slot);
-    if (!located && !intact) {
+    // A value after the end marker is simply empty; one cut off by damage cannot be had.
+    if (!located && !EntriesIntact(record)) {
       prompter.progress(StringPrintf("ERROR:%d!\n", i));
       ok = false;
       continue;
@@ -83,7 +95,8 @@ bool WriteRecordLine(const Database& db, std::uint32_t number, const CsvExportOp
     if (located) value = std::span<const std::uint8_t>(record).subspan(located->offset, located->length);
     std::string text = FormatValue(field, value, options);
     if (text.size() > 4095) text.resize(4095);
-    line += CsvQuote(EncodeForFile(text, o.encoding), o.quote_all_values, o.separator);
+    if (o.encoding == TextEncoding::Utf8 && !IsAscii(text)) text = Cp1252ToUtf8(text);
+    AppendCsvQuoted(line, text, o.quote_all_values, o.separator);
   }
   line += '\n';
   return ok;

@@ -16,6 +16,8 @@ namespace qv {
 // are doubled, and the text is put between quotes when forced or when it holds a quote, the
 // separator, a carriage return or a line feed.
 std::string CsvQuote(std::string_view source, bool force, char separator = ',');
+// The same, appended to `out`.
+void AppendCsvQuoted(std::string& out, std::string_view source, bool force, char separator);
 
 struct CsvExportOptions {
   bool quote_all_values = false;

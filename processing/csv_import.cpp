@@ -137,20 +137,20 @@ std::string_view HeaderName(std::string_view cell) {
   return FieldTypeByName(type) ? cell.substr(0, colon) : cell;
 }
 
-bool MapColumns(const Database& db, const std::vector<CsvRow>& rows, CsvHeader header,
-                TextEncoding encoding, ColumnMap& map, std::string& error) {
+bool MapColumns(const Database& db, const CsvRow* first, CsvHeader header, TextEncoding encoding,
+                ColumnMap& map, std::string& error) {
   map = ColumnMap{};
   bool use_header = header == CsvHeader::Present ||
-                    (header == CsvHeader::Auto && !rows.empty() && LooksLikeHeader(db, rows[0], encoding));
+                    (header == CsvHeader::Auto && first && LooksLikeHeader(db, *first, encoding));
   if (!use_header) {
     for (int slot : UsedFieldsInDisplayOrder(db.definition()))
       map.fields.push_back(Importable(db.definition().field(slot).type()) ? slot : -1);
     return true;
   }
   map.header = true;
-  if (rows.empty()) return true;
+  if (!first) return true;
   std::array<bool, kFieldSlots> taken{};
-  for (const std::string& file_cell : rows[0].cells) {
+  for (const std::string& file_cell : first->cells) {
     std::string cell = DecodeFromFile(file_cell, encoding);
     if (cell.empty()) {
       map.fields.push_back(-1);
@@ -171,89 +171,139 @@ bool MapColumns(const Database& db, const std::vector<CsvRow>& rows, CsvHeader h
   return true;
 }
 
+namespace {
+
+// Turns rows into appended records one at a time, so a file is imported while it is read.
+class RowImporter {
+ public:
+  RowImporter(Database& db, const ColumnMap& map, const CsvImportOptions& import_options,
+              const FormatOptions& options, Prompter& prompter)
+      : db_(db), d_(db.definition()), map_(map), import_options_(import_options),
+        options_(options), prompter_(prompter), defaults_(DefaultValues(db)),
+        next_unique_(NextUniqueNumbers(db)), uid_(NextUid(db)), old_count_(db.count()),
+        values_(defaults_) {
+    result_.ok = true;
+    prompter_.busy(true);
+    prompter_.progress("Importing from .CSV File...");
+    for (int slot = 0; slot < kFieldSlots; ++slot)
+      if (d_.field(slot).type() == kUnique) unique_slots_.push_back(slot);
+  }
+
+  // False once the database is full: the rest of the file is not read.
+  bool Add(const CsvRow& row) {
+    if (!row.problem.empty()) return Refuse(row, row.problem);
+    // The one empty cell of a blank line; in a one-column file it is an empty value.
+    if (map_.fields.size() != 1 && row.cells.size() == 1 && row.cells[0].empty()) return true;
+    const std::size_t columns = map_.fields.size();
+    if (row.cells.size() > columns &&
+        std::any_of(row.cells.begin() + static_cast<std::ptrdiff_t>(columns), row.cells.end(),
+                    [](const std::string& c) { return !c.empty(); }))
+      return Refuse(row, StringPrintf("%zu values, but the file has %zu columns", row.cells.size(),
+                                      columns));
+    if (db_.count() >= kMaxDataRecords) {
+      Refuse(row, StringPrintf("the database holds %u records already; this row and the rest "
+                               "were not imported", kMaxDataRecords));
+      return false;
+    }
+    std::string reason;
+    if (!ReadValues(row, reason)) return Refuse(row, reason);
+    // Appended here; the sort order is restored once for all rows in Finish.
+    db_.records.push_back({EncodeRecord(d_, values_), uid_++ & 0xFFFFFF, 0});
+    ++result_.imported;
+    return true;
+  }
+
+  ImportResult Finish() {
+    if (result_.imported > 0) {
+      db_.changed = true;
+      FinishAppend(db_, old_count_, prompter_);
+    }
+    RebuildFilteredList(db_);
+    prompter_.busy(false);
+    return std::move(result_);
+  }
+
+ private:
+  bool Refuse(const CsvRow& row, std::string reason) {
+    result_.problems.push_back({row.line, std::move(reason)});
+    return true;
+  }
+
+  bool ReadValues(const CsvRow& row, std::string& reason) {
+    for (int slot : map_.fields)
+      if (slot >= 0) values_.values[slot] = defaults_.values[slot];  // keeps the buffers
+    std::array<bool, kFieldSlots> unique_given{};
+    for (std::size_t c = 0; c < row.cells.size() && c < map_.fields.size(); ++c) {
+      int slot = map_.fields[c];
+      if (slot < 0 || row.cells[c].empty()) continue;  // an empty cell keeps the default
+      ConstFieldDefinition field = d_.field(slot);
+      std::string_view stored = row.cells[c];
+      if (import_options_.encoding == TextEncoding::Utf8 && !IsAscii(stored)) {
+        converted_ = Utf8ToCp1252(stored);
+        stored = converted_;
+      }
+      auto value = ParseValue(field, db_.schema.fields[slot], stored, options_);
+      if (!value) {
+        reason = RefusalReason(field, std::string(stored));
+        return false;
+      }
+      if (field.type() == kUnique) unique_given[slot] = true;
+      values_.Set(slot, std::move(*value));
+    }
+    for (int slot : unique_slots_) {
+      if (!unique_given[slot]) {
+        Bytes& v = values_.values[slot];
+        v.resize(4);
+        PutLE32(v.data(), next_unique_[slot]);
+      }
+      next_unique_[slot] = std::max(next_unique_[slot], ValueUInt32(values_.values[slot]) + 1);
+    }
+    return true;
+  }
+
+  Database& db_;
+  const DatabaseDefinition& d_;
+  const ColumnMap& map_;
+  const CsvImportOptions& import_options_;
+  const FormatOptions& options_;
+  Prompter& prompter_;
+  const RecordValues defaults_;
+  std::array<std::uint32_t, kFieldSlots> next_unique_;
+  std::uint32_t uid_;
+  const std::uint32_t old_count_;
+  RecordValues values_;
+  std::vector<int> unique_slots_;
+  std::string converted_;
+  ImportResult result_;
+};
+
+}  // namespace
+
 ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const ColumnMap& map,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter) {
-  ImportResult result;
-  result.ok = true;
-  prompter.busy(true);
-  prompter.progress("Importing from .CSV File...");
-  const DatabaseDefinition& d = db.definition();
-  const RecordValues defaults = DefaultValues(db);
-  auto next_unique = NextUniqueNumbers(db);
-  std::uint32_t uid = NextUid(db);
-  const std::uint32_t old_count = db.count();
-  // Columns past the mapped ones (and the one-cell row of a blank line) hold nothing to import.
-  const bool one_column = map.fields.size() == 1;
-  for (std::size_t r = map.header ? 1 : 0; r < rows.size(); ++r) {
-    const CsvRow& row = rows[r];
-    if (!row.problem.empty()) {
-      result.problems.push_back({row.line, row.problem});
-      continue;
-    }
-    if (!one_column && row.cells.size() == 1 && row.cells[0].empty()) continue;  // a blank line
-    std::size_t extra = row.cells.size() > map.fields.size() ? row.cells.size() - map.fields.size() : 0;
-    if (extra > 0 && std::any_of(row.cells.begin() + map.fields.size(), row.cells.end(),
-                                 [](const std::string& c) { return !c.empty(); })) {
-      result.problems.push_back(
-          {row.line, StringPrintf("%zu values, but the file has %zu columns", row.cells.size(),
-                                  map.fields.size())});
-      continue;
-    }
-    if (db.count() >= kMaxDataRecords) {
-      result.problems.push_back({row.line, StringPrintf("the database holds %u records already; "
-                                                        "this row and the rest were not imported",
-                                                        kMaxDataRecords)});
-      break;
-    }
-    RecordValues values = defaults;
-    std::string reason;
-    bool unique_given[kFieldSlots] = {};
-    for (std::size_t c = 0; c < row.cells.size() && c < map.fields.size() && reason.empty(); ++c) {
-      int slot = map.fields[c];
-      if (slot < 0) continue;
-      ConstFieldDefinition field = d.field(slot);
-      if (row.cells[c].empty()) continue;  // an empty cell keeps the new record's default
-      std::string stored = DecodeFromFile(row.cells[c], import_options.encoding);
-      auto value = ParseValue(field, db.schema.fields[slot], stored, options);
-      if (!value) {
-        reason = RefusalReason(field, stored);
-        break;
-      }
-      if (field.type() == kUnique) unique_given[slot] = true;
-      values.Set(slot, std::move(*value));
-    }
-    if (!reason.empty()) {
-      result.problems.push_back({row.line, reason});
-      continue;
-    }
-    for (int slot = 0; slot < kFieldSlots; ++slot) {
-      if (d.field(slot).type() != kUnique) continue;
-      if (!unique_given[slot]) values.Set(slot, UInt32Value(next_unique[slot]));
-      next_unique[slot] = std::max(next_unique[slot], ValueUInt32(values.values[slot]) + 1);
-    }
-    // Appended here; the sort order is restored once for all rows below.
-    db.records.push_back({EncodeRecord(d, values), uid++ & 0xFFFFFF, 0});
-    ++result.imported;
-  }
-  if (result.imported > 0) {
-    db.changed = true;
-    FinishAppend(db, old_count, prompter);
-  }
-  RebuildFilteredList(db);
-  prompter.busy(false);
-  return result;
+  RowImporter importer(db, map, import_options, options, prompter);
+  for (std::size_t r = map.header ? 1 : 0; r < rows.size(); ++r)
+    if (!importer.Add(rows[r])) break;
+  return importer.Finish();
 }
 
 ImportResult ImportCsvText(Database& db, std::string_view text,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter) {
-  std::vector<CsvRow> rows = ReadCsv(text, import_options.separator);
+  CsvReader reader(text, import_options.separator);
+  CsvRow row;
+  const bool any = reader.Next(row);
   ColumnMap map;
   ImportResult result;
-  if (!MapColumns(db, rows, import_options.header, import_options.encoding, map, result.error))
+  if (!MapColumns(db, any ? &row : nullptr, import_options.header, import_options.encoding, map,
+                  result.error))
     return result;
-  return ImportCsvRows(db, rows, map, import_options, options, prompter);
+  RowImporter importer(db, map, import_options, options, prompter);
+  bool more = any;
+  if (more && map.header) more = reader.Next(row);
+  while (more && importer.Add(row)) more = reader.Next(row);
+  return importer.Finish();
 }
 
 ImportResult ImportCsvFile(Database& db, const std::string& path,

@@ -50,9 +50,10 @@ struct ColumnMap {
   bool header = false;  // the first row was a header
 };
 
-// Maps the columns; false (with the reason) when the header names no such field or a field twice.
-bool MapColumns(const Database& db, const std::vector<CsvRow>& rows, CsvHeader header,
-                TextEncoding encoding, ColumnMap& map, std::string& error);
+// Maps the columns from the file's first row (nullptr for an empty file); false (with the
+// reason) when the header names no such field or a field twice.
+bool MapColumns(const Database& db, const CsvRow* first, CsvHeader header, TextEncoding encoding,
+                ColumnMap& map, std::string& error);
 
 // Imports rows already read; the columns mapped by MapColumns.
 ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const ColumnMap& map,

@@ -157,7 +157,7 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
     DefineField(db->definition().field(static_cast<int>(c)), spec, cells, options);
   }
   ColumnMap map;
-  if (!MapColumns(*db, rows, CsvHeader::Present, import_options.encoding, map, result.error))
+  if (!MapColumns(*db, &rows[0], CsvHeader::Present, import_options.encoding, map, result.error))
     return nullptr;
   result = ImportCsvRows(*db, rows, map, import_options, options, prompter);
   return db;

@@ -28,13 +28,24 @@ void CsvReader::ReadQuoted(CsvRow& row, std::string& cell) {
 }
 
 bool CsvReader::Next(CsvRow& row) {
-  row.cells.clear();
   row.problem.clear();
-  if (pos_ >= text_.size()) return false;
+  if (pos_ >= text_.size()) {
+    row.cells.clear();
+    return false;
+  }
   row.line = line_;
-  std::string cell;
+  // The row's cell strings are reused from one row to the next, so reading a large file does
+  // not allocate for every cell.
+  std::size_t count = 0;
+  auto next_cell = [&row, &count]() -> std::string& {
+    if (count == row.cells.size()) row.cells.emplace_back();
+    std::string& cell = row.cells[count++];
+    cell.clear();
+    return cell;
+  };
   while (true) {
-    if (pos_ < text_.size() && text_[pos_] == '"') {
+    std::string& cell = next_cell();
+    if (text_[pos_] == '"') {
       ReadQuoted(row, cell);
       // Anything between the closing quote and the separator is kept but reported.
       std::size_t end = pos_;
@@ -42,38 +53,33 @@ bool CsvReader::Next(CsvRow& row) {
              !(text_[end] == '\r' && (end + 1 == text_.size() || text_[end + 1] == '\n')))
         ++end;
       if (end > pos_ && row.problem.empty())
-        row.problem = "text follows the closing quote of value " + std::to_string(row.cells.size() + 1);
+        row.problem = "text follows the closing quote of value " + std::to_string(count);
       cell.append(text_.substr(pos_, end - pos_));
       pos_ = end;
     } else {
       std::size_t end = pos_;
       while (end < text_.size() && text_[end] != separator_ && text_[end] != '\n') ++end;
       std::size_t stop = end;
-      if (stop > pos_ && text_[stop - 1] == '\r' &&
-          (stop == text_.size() || text_[stop] == '\n'))
+      if (stop > pos_ && text_[stop - 1] == '\r' && (stop == text_.size() || text_[stop] == '\n'))
         --stop;  // the CR of a CR LF line end
       cell.append(text_.substr(pos_, stop - pos_));
       pos_ = end;
     }
-    row.cells.push_back(std::move(cell));
-    cell.clear();
-    if (pos_ >= text_.size()) return true;
-    char c = text_[pos_];
-    if (c == separator_) {
+    if (pos_ < text_.size() && text_[pos_] == separator_) {
       ++pos_;
-      if (pos_ >= text_.size()) {  // a separator at the very end opens one last empty cell
-        row.cells.emplace_back();
-        return true;
-      }
-      continue;
+      if (pos_ < text_.size()) continue;
+      next_cell();  // a separator at the very end opens one last empty cell
+      break;
     }
-    if (c == '\r') ++pos_;
+    if (pos_ < text_.size() && text_[pos_] == '\r') ++pos_;
     if (pos_ < text_.size() && text_[pos_] == '\n') {
       ++pos_;
       ++line_;
     }
-    return true;
+    break;
   }
+  row.cells.resize(count);
+  return true;
 }
 
 std::vector<CsvRow> ReadCsv(std::string_view text, char separator) {
