@@ -14,9 +14,9 @@
 #include <string>
 
 #include "engine/database.h"
+#include "platform/system_clock.h"
 #include "processing/csv_export.h"
 #include "processing/csv_import.h"
-#include "platform/system_clock.h"
 
 namespace {
 
@@ -24,9 +24,11 @@ constexpr int kRows = 65000;
 
 std::unique_ptr<qv::Database> EmptyStock(const qv::Clock& clock) {
   auto db = qv::NewDatabase("Stock", clock);
-  const std::pair<const char*, qv::FieldType> fields[] = {
-      {"Name", qv::kText}, {"Qty", qv::kInteger}, {"Price", qv::kFloat},
-      {"Bought", qv::kDate}, {"Notes", qv::kText}};
+  const std::pair<const char*, qv::FieldType> fields[] = {{"Name", qv::kText},
+                                                          {"Qty", qv::kInteger},
+                                                          {"Price", qv::kFloat},
+                                                          {"Bought", qv::kDate},
+                                                          {"Notes", qv::kText}};
   for (int slot = 0; slot < 5; ++slot) {
     qv::FieldDefinition f = db->definition().field(slot);
     f.set_type(fields[slot].second);
@@ -115,7 +117,8 @@ void BM_ExportQuorvant(benchmark::State& state) {
     if (!qv::LoadDatabase(db, files.pdb, prompter)) state.SkipWithError("no database");
     qv::CsvExportOptions o;
     o.header = true;
-    if (qv::ExportCsv(db, o, files.out, Options(), prompter) != 1) state.SkipWithError("export failed");
+    if (qv::ExportCsv(db, o, files.out, Options(), prompter) != 1)
+      state.SkipWithError("export failed");
   }
 }
 BENCHMARK(BM_ExportQuorvant)->Unit(benchmark::kMillisecond);
@@ -140,8 +143,9 @@ class RatioReporter : public benchmark::ConsoleReporter {
       auto ours = times_.find(std::string("BM_") + what + "Quorvant");
       auto theirs = times_.find(std::string("BM_") + what + "Sqlite");
       if (ours == times_.end() || theirs == times_.end() || theirs->second <= 0) continue;
-      std::printf("%s of %d rows: Quorvant %.1f ms, sqlite3 %.1f ms, ratio %.2f (below 1: faster)\n",
-                  what, kRows, ours->second, theirs->second, ours->second / theirs->second);
+      std::printf(
+          "%s of %d rows: Quorvant %.1f ms, sqlite3 %.1f ms, ratio %.2f (below 1: faster)\n", what,
+          kRows, ours->second, theirs->second, ours->second / theirs->second);
     }
   }
 

@@ -43,8 +43,9 @@ int Export(CliContext& context, const QStringList& arguments) {
   if (!db) return kFailed;
   const std::string out = args.at(1).toStdString();
   if (parser.isSet("text"))
-    return ExportRecordsAsText(*db, true, out, context.options, context.prompter, *encoding) ? kOk
-                                                                                             : kFailed;
+    return ExportRecordsAsText(*db, true, out, context.options, context.prompter, *encoding)
+               ? kOk
+               : kFailed;
   if (parser.isSet("json")) {
     if (ExportJson(*db, parser.isSet("filtered"), out, context.options)) return kOk;
     context.Error("cannot write '" + out + "'");
@@ -110,7 +111,8 @@ std::vector<Command> ExchangeCommands() {
        "export FILE OUT [--csv|--text|--json] [--header] [--quote-all] [--filtered] "
        "[--slot-order] [--separator C] [--encoding utf-8|cp1252]",
        Export},
-      {"import", "import FILE IN.csv [--separator C] [--encoding utf-8|cp1252] [--header|--no-header]",
+      {"import",
+       "import FILE IN.csv [--separator C] [--encoding utf-8|cp1252] [--header|--no-header]",
        Import},
   };
 }

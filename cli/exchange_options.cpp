@@ -8,7 +8,8 @@ namespace qv::cli {
 
 void AddExchangeOptions(QCommandLineParser& parser) {
   parser.addOption({"separator", "Column separator: one character, or tab.", "C", ","});
-  parser.addOption({"encoding", "utf-8 (default) or cp1252 (the bytes as stored).", "name", "utf-8"});
+  parser.addOption(
+      {"encoding", "utf-8 (default) or cp1252 (the bytes as stored).", "name", "utf-8"});
 }
 
 std::optional<char> SeparatorOption(CliContext& context, const QCommandLineParser& parser) {

@@ -92,7 +92,8 @@ bool WriteRecordLine(const Database& db, std::uint32_t number, const CsvExportOp
       continue;
     }
     std::span<const std::uint8_t> value;
-    if (located) value = std::span<const std::uint8_t>(record).subspan(located->offset, located->length);
+    if (located)
+      value = std::span<const std::uint8_t>(record).subspan(located->offset, located->length);
     std::string text = FormatValue(field, value, options);
     if (text.size() > 4095) text.resize(4095);
     if (o.encoding == TextEncoding::Utf8 && !IsAscii(text)) text = Cp1252ToUtf8(text);

@@ -29,8 +29,10 @@ bool Importable(unsigned type) {
     case kLink:
     case kNote:
     case kDbPopup:
-    case kExternal: return true;
-    default: return false;
+    case kExternal:
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -74,8 +76,9 @@ std::string RefusalReason(ConstFieldDefinition field, const std::string& stored)
   unsigned type = field.type();
   if ((type == kText || type == kDbPopup || type == kNote || type == kExternal) &&
       stored.size() + 1 > std::max<std::size_t>(LargestValueSize(field), 1))
-    return StringPrintf("the %s value is longer than %u characters", field.name().c_str(),
-                        static_cast<unsigned>(std::max<std::size_t>(LargestValueSize(field), 1) - 1));
+    return StringPrintf(
+        "the %s value is longer than %u characters", field.name().c_str(),
+        static_cast<unsigned>(std::max<std::size_t>(LargestValueSize(field), 1) - 1));
   if (type == kPopUp)
     return StringPrintf("'%s' is not an item of the %s list", stored.c_str(), field.name().c_str());
   return StringPrintf("'%s' is not a valid %s value for %s", stored.c_str(),
@@ -178,9 +181,16 @@ class RowImporter {
  public:
   RowImporter(Database& db, const ColumnMap& map, const CsvImportOptions& import_options,
               const FormatOptions& options, Prompter& prompter)
-      : db_(db), d_(db.definition()), map_(map), import_options_(import_options),
-        options_(options), prompter_(prompter), defaults_(DefaultValues(db)),
-        next_unique_(NextUniqueNumbers(db)), uid_(NextUid(db)), old_count_(db.count()),
+      : db_(db),
+        d_(db.definition()),
+        map_(map),
+        import_options_(import_options),
+        options_(options),
+        prompter_(prompter),
+        defaults_(DefaultValues(db)),
+        next_unique_(NextUniqueNumbers(db)),
+        uid_(NextUid(db)),
+        old_count_(db.count()),
         values_(defaults_) {
     result_.ok = true;
     prompter_.busy(true);
@@ -198,11 +208,12 @@ class RowImporter {
     if (row.cells.size() > columns &&
         std::any_of(row.cells.begin() + static_cast<std::ptrdiff_t>(columns), row.cells.end(),
                     [](const std::string& c) { return !c.empty(); }))
-      return Refuse(row, StringPrintf("%zu values, but the file has %zu columns", row.cells.size(),
-                                      columns));
+      return Refuse(
+          row, StringPrintf("%zu values, but the file has %zu columns", row.cells.size(), columns));
     if (db_.count() >= kMaxDataRecords) {
       Refuse(row, StringPrintf("the database holds %u records already; this row and the rest "
-                               "were not imported", kMaxDataRecords));
+                               "were not imported",
+                               kMaxDataRecords));
       return false;
     }
     std::string reason;

@@ -33,8 +33,10 @@ bool AllParse(const std::vector<std::string_view>& cells, FieldType type,
     if (type == kInteger || type == kFloat) {
       // Numbers written with leading zeros (codes, postcodes) would lose them as numbers.
       std::string_view digits = cell.substr(cell.find_first_not_of("+- ") == std::string_view::npos
-                                                ? 0 : cell.find_first_not_of("+- "));
-      if (digits.size() > 1 && digits[0] == '0' && digits[1] != '.' && digits[1] != ',') return false;
+                                                ? 0
+                                                : cell.find_first_not_of("+- "));
+      if (digits.size() > 1 && digits[0] == '0' && digits[1] != '.' && digits[1] != ',')
+        return false;
     }
   }
   return true;
@@ -105,9 +107,11 @@ void DefineField(FieldDefinition field, const ColumnSpec& spec,
   for (std::string_view cell : cells) longest = std::max(longest, cell.size());
   field.set_type(type);
   field.set_name(spec.name);
-  unsigned length = static_cast<unsigned>(std::clamp<std::size_t>(longest, kDefaultLength, kLongestLength));
+  unsigned length =
+      static_cast<unsigned>(std::clamp<std::size_t>(longest, kDefaultLength, kLongestLength));
   field.set_length(spec.length ? *spec.length : length);
-  if (type == kFloat) field.settings()[0] = static_cast<std::uint8_t>(DecimalsOf(cells, options.decimal_comma));
+  if (type == kFloat)
+    field.settings()[0] = static_cast<std::uint8_t>(DecimalsOf(cells, options.decimal_comma));
 }
 
 }  // namespace

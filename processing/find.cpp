@@ -2,8 +2,8 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
-#include "processing/numeric.h"
 #include "processing/filter.h"
+#include "processing/numeric.h"
 
 namespace qv {
 
@@ -17,9 +17,12 @@ std::string LowerCp1252(std::string_view text) {
   std::string out(text);
   for (char& ch : out) {
     auto c = static_cast<unsigned char>(ch);
-    if ((c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7)) c += 0x20;
-    else if (c == 0x8A || c == 0x8C || c == 0x8E) c += 0x10;
-    else if (c == 0x9F) c = 0xFF;
+    if ((c >= 'A' && c <= 'Z') || (c >= 0xC0 && c <= 0xDE && c != 0xD7))
+      c += 0x20;
+    else if (c == 0x8A || c == 0x8C || c == 0x8E)
+      c += 0x10;
+    else if (c == 0x9F)
+      c = 0xFF;
     ch = static_cast<char>(c);
   }
   return out;
@@ -57,13 +60,17 @@ bool CalculatedMatches(ConstFieldDefinition field, std::string_view stored, std:
     case 1:
     case 4:
     case 5:
-    case 6: return Compare(stored, search, begins_with);
+    case 6:
+      return Compare(stored, search, begins_with);
     case 2:
       return Compare(FormatTime(static_cast<int>(n / 3600), static_cast<int>(n / 60 % 60),
                                 static_cast<int>(n % 60), options.locale),
                      search, begins_with);
-    case 3: return Compare(DateSearchText(static_cast<std::uint32_t>(n), options.locale), search, begins_with);
-    default: return false;
+    case 3:
+      return Compare(DateSearchText(static_cast<std::uint32_t>(n), options.locale), search,
+                     begins_with);
+    default:
+      return false;
   }
 }
 
@@ -81,7 +88,8 @@ FindSettings LoadFindSettings(const DatabaseDefinition& definition) {
 
 void StoreFindSettings(DatabaseDefinition& definition, const FindSettings& s) {
   std::uint8_t* d = definition.data();
-  d[def::kFindField] = s.field >= 0 && s.field < kFieldSlots ? static_cast<std::uint8_t>(s.field) : 255;
+  d[def::kFindField] =
+      s.field >= 0 && s.field < kFieldSlots ? static_cast<std::uint8_t>(s.field) : 255;
   d[def::kFindCase] = s.case_sensitive ? 1 : 0;
   PutCString(d + def::kFindText, kFindTextSize, s.text);
   d[def::kFindOption] = s.begins_with ? 1 : 0;
@@ -123,14 +131,17 @@ bool FieldMatches(const Database& db, std::span<const std::uint8_t> record, int 
     case kCheckBox:
       if (value.empty()) return false;
       return (value[0] == 1 && search == "1") || (value[0] == 0 && search == "0");
-    case kDate: return Compare(DateSearchText(ValueUInt32(value), options.locale), search, begins_with);
-    case kTime: return Compare(FormatValue(field, value, options), search, begins_with);
+    case kDate:
+      return Compare(DateSearchText(ValueUInt32(value), options.locale), search, begins_with);
+    case kTime:
+      return Compare(FormatValue(field, value, options), search, begins_with);
     case kLinked:
       if (value.size() < 25) return false;
       return CompareText(ValueText(value.subspan(24)), search, case_sensitive, begins_with);
     case kCalculated:
       return CalculatedMatches(field, ValueText(value), search, begins_with, options);
-    default: return false;  // Not-Used, Image, Link, Heading, Relationship, External
+    default:
+      return false;  // Not-Used, Image, Link, Heading, Relationship, External
   }
 }
 
@@ -152,8 +163,7 @@ int FieldColumn(const DatabaseDefinition& definition, int slot) {
 std::optional<FindMatch> FindRecord(const Database& db, const FindSettings& settings, int start,
                                     int start_field, bool report, const FormatOptions& options,
                                     Prompter& prompter, const FieldHidden& hidden) {
-  const std::string search =
-      settings.case_sensitive ? settings.text : LowerCp1252(settings.text);
+  const std::string search = settings.case_sensitive ? settings.text : LowerCp1252(settings.text);
   if (start < 0) start = 0;
   if (start_field < 0) start_field = 0;
   for (std::uint32_t p = static_cast<std::uint32_t>(start); p < db.count(); ++p) {
@@ -171,7 +181,8 @@ std::optional<FindMatch> FindRecord(const Database& db, const FindSettings& sett
       for (int slot = first; slot < kFieldSlots && found < 0; ++slot)
         if (match(slot)) found = slot;
     }
-    if (found >= 0) return FindMatch{static_cast<int>(p), found, FieldColumn(db.definition(), found)};
+    if (found >= 0)
+      return FindMatch{static_cast<int>(p), found, FieldColumn(db.definition(), found)};
   }
   if (report) prompter.message("Not Found in Database!", "Update", Icon::Information);
   return std::nullopt;

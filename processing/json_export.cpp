@@ -12,14 +12,26 @@ std::string JsonQuote(std::string_view utf8) {
   for (char ch : utf8) {
     auto c = static_cast<unsigned char>(ch);
     switch (c) {
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
       default:
-        if (c < 0x20) out += StringPrintf("\\u%04x", c);
-        else out += ch;
+        if (c < 0x20)
+          out += StringPrintf("\\u%04x", c);
+        else
+          out += ch;
     }
   }
   return out + "\"";
@@ -28,7 +40,8 @@ std::string JsonQuote(std::string_view utf8) {
 std::string RecordsAsJson(const Database& db, bool filtered_only, const FormatOptions& options) {
   std::vector<int> slots = UsedFieldsInDisplayOrder(db.definition());
   std::vector<std::string> keys;
-  for (int slot : slots) keys.push_back(JsonQuote(Cp1252ToUtf8(db.definition().field(slot).name())));
+  for (int slot : slots)
+    keys.push_back(JsonQuote(Cp1252ToUtf8(db.definition().field(slot).name())));
   std::string out = "[";
   bool first = true;
   for (std::uint32_t p = 0; p < db.count(); ++p) {

@@ -6,7 +6,9 @@ OutputFile::OutputFile(const std::string& path) : file_(std::fopen(path.c_str(),
   if (file_) std::setvbuf(file_, nullptr, _IOFBF, 1 << 16);
 }
 
-OutputFile::~OutputFile() { Close(); }
+OutputFile::~OutputFile() {
+  Close();
+}
 
 void OutputFile::Write(std::string_view text) {
   if (!file_ || text.empty()) return;

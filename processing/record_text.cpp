@@ -7,7 +7,9 @@
 
 namespace qv {
 
-bool FieldShown(ConstFieldDefinition field) { return field.bytes()[5] != 0; }
+bool FieldShown(ConstFieldDefinition field) {
+  return field.bytes()[5] != 0;
+}
 
 void WriteRecordText(const Database& db, std::uint32_t number, int level,
                      const FormatOptions& options, std::string& out,

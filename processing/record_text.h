@@ -15,8 +15,8 @@ namespace qv {
 
 // Writes what a Link field stands for (the linked database's records, one level deeper).
 // Printing supplies it; without one a Link field writes nothing.
-using LinkedRecordsWriter =
-    std::function<void(const Database& db, std::uint32_t number, int slot, int level, std::string& out)>;
+using LinkedRecordsWriter = std::function<void(const Database& db, std::uint32_t number, int slot,
+                                               int level, std::string& out)>;
 
 // Whether a field is marked to be shown (field definition byte 5, 1 in a new field).
 bool FieldShown(ConstFieldDefinition field);

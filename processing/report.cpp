@@ -5,8 +5,8 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
-#include "processing/numeric.h"
 #include "processing/filter.h"
+#include "processing/numeric.h"
 #include "processing/output_file.h"
 
 namespace qv {
@@ -60,7 +60,8 @@ std::string IntegerReport(const Database& db, int slot, const FormatOptions& opt
   if (count == 0) minimum = maximum = 0;
   return Heading(db, slot) + StringPrintf("Number of Entries:\t%ld\r\n", count) +
          StringPrintf("Minimum Value:\t%ld\r\n", minimum) +
-         StringPrintf("Maximum Value:\t%ld\r\n", maximum) + StringPrintf("Sum:\t\t%ld\r\n", signed_sum) +
+         StringPrintf("Maximum Value:\t%ld\r\n", maximum) +
+         StringPrintf("Sum:\t\t%ld\r\n", signed_sum) +
          StringPrintf("Minimum Total:\t%ld\r\n", total_min) +
          StringPrintf("Maximum Total:\t%ld\r\n", total_max) +
          StringPrintf("Average:\t\t%ld\r\n", RoundedAverage(signed_sum, count));
@@ -83,8 +84,7 @@ std::string FloatReport(const Database& db, int slot, const FormatOptions& optio
   double average = count > 0 ? sum / count : 0.0;
   if (count == 0) minimum = maximum = 0.0;
   auto text = [&](double v, int d) { return FormatDecimal(v, d, options.decimal_comma); };
-  return Heading(db, slot) +
-         StringPrintf("Number of Entries:\t%s\r\n", text(count, 0).c_str()) +
+  return Heading(db, slot) + StringPrintf("Number of Entries:\t%s\r\n", text(count, 0).c_str()) +
          StringPrintf("Minimum Value:\t%s\r\n", text(minimum, decimals).c_str()) +
          StringPrintf("Maximum Value:\t%s\r\n", text(maximum, decimals).c_str()) +
          StringPrintf("Sum:\t\t%s\r\n", text(sum, decimals).c_str()) +
@@ -136,7 +136,8 @@ std::string DateReport(const Database& db, int slot, const FormatOptions& option
   return Heading(db, slot) + StringPrintf("Number of Entries:\t%ld\r\n", count) +
          StringPrintf("Minimum Value:\t%s\r\n", DateText(minimum, options.locale).c_str()) +
          StringPrintf("Maximum Value:\t%s\r\n", DateText(maximum, options.locale).c_str()) +
-         StringPrintf("Days Spanned:\t%ld\r\n", static_cast<long>(maximum) - static_cast<long>(minimum));
+         StringPrintf("Days Spanned:\t%ld\r\n",
+                      static_cast<long>(maximum) - static_cast<long>(minimum));
 }
 
 std::string TimeText(long seconds, const Locale& locale) {
@@ -162,11 +163,12 @@ std::string TimeReport(const Database& db, int slot, const FormatOptions& option
     sum += seconds;
   });
   if (count == 0) minimum = maximum = 0;
-  std::string text = Heading(db, slot) + StringPrintf("Number of Entries:\t%ld\r\n", count) +
-                     StringPrintf("Minimum Value:\t%s\r\n", TimeText(minimum, options.locale).c_str()) +
-                     StringPrintf("Maximum Value:\t%s\r\n", TimeText(maximum, options.locale).c_str()) +
-                     StringPrintf("Average Time:\t%s\r\n",
-                                  TimeText(RoundedAverage(sum, count), options.locale).c_str());
+  std::string text =
+      Heading(db, slot) + StringPrintf("Number of Entries:\t%ld\r\n", count) +
+      StringPrintf("Minimum Value:\t%s\r\n", TimeText(minimum, options.locale).c_str()) +
+      StringPrintf("Maximum Value:\t%s\r\n", TimeText(maximum, options.locale).c_str()) +
+      StringPrintf("Average Time:\t%s\r\n",
+                   TimeText(RoundedAverage(sum, count), options.locale).c_str());
   if (sum >= kSecondsPerDay) {
     // No colon after "Total Time" here, unlike the line below; the program's own text.
     text += StringPrintf("Total Time\t%ld Day(s), ", sum / kSecondsPerDay);
@@ -181,23 +183,34 @@ std::string TimeReport(const Database& db, int slot, const FormatOptions& option
 
 ReportKind ReportKindOf(ConstFieldDefinition field) {
   switch (field.type()) {
-    case kInteger: return ReportKind::Integer;
-    case kFloat: return ReportKind::Float;
-    case kCheckBox: return ReportKind::Check;
-    case kDate: return ReportKind::Date;
-    case kTime: return ReportKind::Time;
+    case kInteger:
+      return ReportKind::Integer;
+    case kFloat:
+      return ReportKind::Float;
+    case kCheckBox:
+      return ReportKind::Check;
+    case kDate:
+      return ReportKind::Date;
+    case kTime:
+      return ReportKind::Time;
     case kCalculated:
       switch (CalculatedResultKind(field)) {
-        case 1: return ReportKind::Integer;
-        case 2: return ReportKind::Time;
-        case 3: return ReportKind::Date;
+        case 1:
+          return ReportKind::Integer;
+        case 2:
+          return ReportKind::Time;
+        case 3:
+          return ReportKind::Date;
         case 0:
         case 4:
         case 5:
-        case 6: return ReportKind::Float;
-        default: return ReportKind::None;
+        case 6:
+          return ReportKind::Float;
+        default:
+          return ReportKind::None;
       }
-    default: return ReportKind::None;
+    default:
+      return ReportKind::None;
   }
 }
 
@@ -215,12 +228,18 @@ std::optional<std::string> RunReport(const Database& db, int slot, const FormatO
     return std::nullopt;
   }
   switch (ReportKindOf(db.definition().field(slot))) {
-    case ReportKind::Integer: return IntegerReport(db, slot, options);
-    case ReportKind::Float: return FloatReport(db, slot, options);
-    case ReportKind::Check: return CheckReport(db, slot, options);
-    case ReportKind::Date: return DateReport(db, slot, options);
-    case ReportKind::Time: return TimeReport(db, slot, options);
-    case ReportKind::None: break;
+    case ReportKind::Integer:
+      return IntegerReport(db, slot, options);
+    case ReportKind::Float:
+      return FloatReport(db, slot, options);
+    case ReportKind::Check:
+      return CheckReport(db, slot, options);
+    case ReportKind::Date:
+      return DateReport(db, slot, options);
+    case ReportKind::Time:
+      return TimeReport(db, slot, options);
+    case ReportKind::None:
+      break;
   }
   prompter.message(
       "Can only run reports on the following field types:\nInteger, Float, Checkbox, Time, Date, "

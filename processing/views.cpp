@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "processing/filter.h"
-#include "processing/sort.h"
+#include "processing/recalc.h"
 
 namespace qv {
 
@@ -24,8 +24,10 @@ constexpr std::size_t kDisplayByteB = 5;
 void SetApplied(Database& db, int applied) {
   for (int v = 0; v < ViewCount(db); ++v) {
     std::uint8_t& flags = db.definition().view_block(v)[view::kFlags];
-    if (v == applied) flags |= kViewApplied;
-    else flags &= static_cast<std::uint8_t>(~kViewApplied);
+    if (v == applied)
+      flags |= kViewApplied;
+    else
+      flags &= static_cast<std::uint8_t>(~kViewApplied);
   }
 }
 
@@ -148,7 +150,9 @@ bool ApplyView(Database& db, int v, Prompter& prompter) {
 
   std::optional<std::uint32_t> uid;
   if (db.current < db.count()) uid = db.records[db.current].uid;
-  SortDatabase(db, false, prompter);
+  // The new order and filter change which record comes before which, so values that refer to
+  // the previous record are brought up to date with the sort.
+  ResortAndRecalculate(db, prompter);
   RebuildFilteredList(db);
   std::optional<std::uint32_t> at = uid ? PositionOfUid(db, *uid) : std::nullopt;
   if (at && std::find(db.visible.begin(), db.visible.end(), *at) != db.visible.end())

@@ -14,13 +14,13 @@ namespace qv {
 
 // Offsets inside one 1,142-byte view block.
 namespace view {
-inline constexpr std::size_t kName = 0;            // 32 bytes, NUL-terminated
-inline constexpr std::size_t kFlags = 32;          // flag byte, kViewApplied
-inline constexpr std::size_t kFieldOrder = 66;     // 100 slot numbers
-inline constexpr std::size_t kListSetting = 166;   // 32-bit, from record 0 offset 28
-inline constexpr std::size_t kFieldSettings = 170; // 100 x 4 bytes
-inline constexpr std::size_t kFilter = 570;        // six condition blocks
-inline constexpr std::size_t kSortKeys = 1136;     // three 2-byte sort entries
+inline constexpr std::size_t kName = 0;             // 32 bytes, NUL-terminated
+inline constexpr std::size_t kFlags = 32;           // flag byte, kViewApplied
+inline constexpr std::size_t kFieldOrder = 66;      // 100 slot numbers
+inline constexpr std::size_t kListSetting = 166;    // 32-bit, from record 0 offset 28
+inline constexpr std::size_t kFieldSettings = 170;  // 100 x 4 bytes
+inline constexpr std::size_t kFilter = 570;         // six condition blocks
+inline constexpr std::size_t kSortKeys = 1136;      // three 2-byte sort entries
 }  // namespace view
 
 // Flag bit: the view that was applied last, so the list and its drop-down reopen on it.

@@ -31,15 +31,19 @@ class QvdbExchangeTest : public ::testing::Test {
 
 TEST_F(QvdbExchangeTest, NewFromCsvThenExportGivesTheFileBack) {
   std::string db = folder_.Path("Stock.PDB"), out = folder_.Path("out.csv");
-  auto made = RunQvdb({"new", db, "--from-csv", Write("in.csv", csv_), "--date-format", "dd/MM/yyyy"});
+  auto made =
+      RunQvdb({"new", db, "--from-csv", Write("in.csv", csv_), "--date-format", "dd/MM/yyyy"});
   ASSERT_EQ(made.exit_code, 0) << made.err;
   EXPECT_EQ(made.out, "imported 3 records\n");
   ASSERT_EQ(RunQvdb({"export", db, out, "--header", "--date-format", "dd/MM/yyyy"}).exit_code, 0);
-  EXPECT_EQ(Slurp(out), "Item,Qty,Price,Bought\n"
-                        "\"Bolt, M4 \"\"long\"\"\",350,0.04,14/03/2024\n"
-                        "Caf\xC3\xA9 table,1,89.90,NO DATE\n"
-                        "\"two\nlines\",-2,1.50,01/01/2000\n");
-  ASSERT_EQ(RunQvdb({"export", db, out, "--quote-all", "--separator", ";", "--encoding", "cp1252"}).exit_code, 0);
+  EXPECT_EQ(Slurp(out),
+            "Item,Qty,Price,Bought\n"
+            "\"Bolt, M4 \"\"long\"\"\",350,0.04,14/03/2024\n"
+            "Caf\xC3\xA9 table,1,89.90,NO DATE\n"
+            "\"two\nlines\",-2,1.50,01/01/2000\n");
+  ASSERT_EQ(RunQvdb({"export", db, out, "--quote-all", "--separator", ";", "--encoding", "cp1252"})
+                .exit_code,
+            0);
   EXPECT_EQ(Slurp(out).substr(0, 36), "\"Bolt, M4 \"\"long\"\"\";\"350\";\"0.04\";\"3/");
   EXPECT_NE(Slurp(out).find("\"Caf\xE9 table\""), std::string::npos);
   ASSERT_EQ(RunQvdb({"export", db, out, "--json"}).exit_code, 0);

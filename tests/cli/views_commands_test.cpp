@@ -9,7 +9,9 @@ class QvdbViewsTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(RunQvdb({"new", file_, "--field", "Name:Text", "--field", "Qty:Integer", "--field",
-                       "Done:Check-Box"}).exit_code, 0);
+                       "Done:Check-Box"})
+                  .exit_code,
+              0);
     for (auto row : {std::vector<std::string>{"Name=Smith", "Qty=112", "Done=1"},
                      {"Name=jones", "Qty=7", "Done=0"}}) {
       row.insert(row.begin(), {"add", file_});
@@ -45,23 +47,20 @@ TEST_F(QvdbViewsTest, ReportPrintsTheTextOrTheRefusal) {
   EXPECT_EQ(text.exit_code, 1);
   EXPECT_NE(text.err.find("ERROR: Can only run reports"), std::string::npos);
   auto none = RunQvdb({"report", file_, "Nothing"});
-  EXPECT_NE(none.err.find("You must first select a field to run the report on!"), std::string::npos);
+  EXPECT_NE(none.err.find("You must first select a field to run the report on!"),
+            std::string::npos);
 }
 
 TEST_F(QvdbViewsTest, ViewsAreListedMadeCopiedDeletedAndApplied) {
   EXPECT_EQ(RunQvdb({"views", file_, "list"}).out, "1\tDefault View\tcurrent\n");
-  for (int i = 2; i <= 20; ++i) ASSERT_EQ(RunQvdb({"views", file_, "new"}).out, "added view " + std::to_string(i) + "\n");
-  auto refused = RunQvdb({"views", file_, "new"});
-  EXPECT_EQ(refused.exit_code, 1);
-  EXPECT_NE(refused.err.find("Sorry, you have reached the maximum number of Views for this database."),
-            std::string::npos);
-  EXPECT_EQ(RunQvdb({"views", file_, "copy", "1"}).exit_code, 1);
+  EXPECT_EQ(RunQvdb({"views", file_, "new"}).out, "added view 2\n");
+  EXPECT_EQ(RunQvdb({"views", file_, "copy", "2"}).out, "added view 3\n");
   EXPECT_EQ(RunQvdb({"views", file_, "delete", "1"}).exit_code, 1);  // no terminal: answered no
   EXPECT_EQ(RunQvdb({"views", file_, "delete", "1", "--yes"}).exit_code, 0);
   auto list = RunQvdb({"views", file_, "list"}).out;
-  EXPECT_EQ(list.substr(0, 11), "1\tNew View\n");
-  EXPECT_EQ(RunQvdb({"views", file_, "apply", "3"}).out, "applied view 3: 2 of 2 records shown\n");
-  EXPECT_NE(RunQvdb({"views", file_, "list"}).out.find("3\tNew View\tcurrent\n"), std::string::npos);
+  EXPECT_EQ(list, "1\tNew View\n2\tNew View\n");
+  EXPECT_EQ(RunQvdb({"views", file_, "apply", "2"}).out, "applied view 2: 2 of 2 records shown\n");
+  EXPECT_EQ(RunQvdb({"views", file_, "list"}).out, "1\tNew View\n2\tNew View\tcurrent\n");
   EXPECT_EQ(RunQvdb({"views", file_, "apply", "40"}).exit_code, 1);
   EXPECT_EQ(RunQvdb({"views", file_, "rename"}).exit_code, 2);
 }

@@ -20,7 +20,8 @@ class CsvImportTest : public ::testing::Test {
 };
 
 TEST_F(CsvImportTest, ABadRowInTheMiddleOf65000IsNamedAndNothingElseIsLost) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger).Field("No", kUnique).Build();
+  auto db =
+      DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger).Field("No", kUnique).Build();
   std::string text = "Name,Qty\n";
   for (int i = 0; i < 65000; ++i)
     text += i == 32500 ? "bad,abc\n" : "item" + std::to_string(i) + "," + std::to_string(i) + "\n";
@@ -40,8 +41,13 @@ TEST_F(CsvImportTest, ABadRowInTheMiddleOf65000IsNamedAndNothingElseIsLost) {
 }
 
 TEST_F(CsvImportTest, AppendedRecordsTakeTheirPlaceInSortOrder) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger).Sort(1)
-                .Row({"five", "5"}).Row({"ten", "10"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Name", kText)
+                .Field("Qty", kInteger)
+                .Sort(1)
+                .Row({"five", "5"})
+                .Row({"ten", "10"})
+                .Build();
   ImportResult result = Import(*db, "Qty,Name\n7,seven\n1,one\n12,twelve\n7,seven again\n");
   EXPECT_EQ(result.imported, 4u);
   EXPECT_EQ(Column(*db, 0),
@@ -49,7 +55,8 @@ TEST_F(CsvImportTest, AppendedRecordsTakeTheirPlaceInSortOrder) {
 }
 
 TEST_F(CsvImportTest, ColumnsWithoutAHeaderFollowTheDisplayOrder) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger).Field("When", kDate).Build();
+  auto db =
+      DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger).Field("When", kDate).Build();
   db->definition().set_display_slot(0, 1);
   db->definition().set_display_slot(1, 0);
   ImportResult result = Import(*db, "3,bolt,05/03/2002\n,nut\n4,washer,,\n5,screw,,extra\n");
@@ -63,7 +70,8 @@ TEST_F(CsvImportTest, ColumnsWithoutAHeaderFollowTheDisplayOrder) {
 }
 
 TEST_F(CsvImportTest, RefusesAHeaderNamingAnUnknownFieldAndReportsBadCells) {
-  auto db = DatabaseBuilder().Field("Name", kText, 5).Field("Size", kPopUp).Items({"S", "M"}).Build();
+  auto db =
+      DatabaseBuilder().Field("Name", kText, 5).Field("Size", kPopUp).Items({"S", "M"}).Build();
   ImportResult refused = Import(*db, "Name,Colour\na,red\n", {.header = CsvHeader::Present});
   EXPECT_FALSE(refused.ok);
   EXPECT_EQ(refused.error, "the database has no field named 'Colour'");

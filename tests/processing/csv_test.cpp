@@ -5,8 +5,8 @@
 #include "processing/csv_export.h"
 #include "processing/csv_import.h"
 #include "processing/csv_reader.h"
-#include "tests/support/builders.h"
 #include "tests/processing/test_files.h"
+#include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
 
 namespace qv::test {
@@ -25,7 +25,8 @@ TEST(CsvQuoteTest, QuotesOnlyWhatNeedsIt) {
 }
 
 TEST(CsvReaderTest, ReadsQuotedCellsAndCountsLines) {
-  auto rows = ReadCsv("\xEF\xBB\xBFName,Note\r\n\"Smith, \"\"Jr\"\"\",\"two\r\nlines\"\r\nx,\n\ny", ',');
+  auto rows =
+      ReadCsv("\xEF\xBB\xBFName,Note\r\n\"Smith, \"\"Jr\"\"\",\"two\r\nlines\"\r\nx,\n\ny", ',');
   ASSERT_EQ(rows.size(), 5u);
   EXPECT_EQ(rows[0].cells, (std::vector<std::string>{"Name", "Note"}));
   EXPECT_EQ(rows[1].cells, (std::vector<std::string>{"Smith, \"Jr\"", "two\r\nlines"}));
@@ -59,10 +60,13 @@ class CsvExportTest : public ::testing::Test {
 };
 
 TEST_F(CsvExportTest, QuotesValuesAndKeepsLineBreaks) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Note", kNote)
-                .Row({"Smith, \"Jr\"", "two\nlines"}).Row({"", "x"}).Build();
-  EXPECT_EQ(Export(*db, {.header = true}),
-            "Name,Note\n\"Smith, \"\"Jr\"\"\",\"two\nlines\"\n,x\n");
+  auto db = DatabaseBuilder()
+                .Field("Name", kText)
+                .Field("Note", kNote)
+                .Row({"Smith, \"Jr\"", "two\nlines"})
+                .Row({"", "x"})
+                .Build();
+  EXPECT_EQ(Export(*db, {.header = true}), "Name,Note\n\"Smith, \"\"Jr\"\"\",\"two\nlines\"\n,x\n");
   EXPECT_EQ(Export(*db, {.quote_all_values = true}),
             "\"Smith, \"\"Jr\"\"\",\"two\nlines\"\n\"\",\"x\"\n");
   EXPECT_EQ(Export(*db, {.header = true, .quote_all_names = true}).substr(0, 14),
@@ -79,7 +83,8 @@ TEST_F(CsvExportTest, ANotUsedFieldFirstStartsEachRecordLineWithASeparator) {
 }
 
 TEST_F(CsvExportTest, ImageColumnsStayEmpty) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Pic", kImage).Field("Qty", kInteger).Build();
+  auto db =
+      DatabaseBuilder().Field("Name", kText).Field("Pic", kImage).Field("Qty", kInteger).Build();
   RecordValues values = ValuesFromTexts(*db, {{0, "a"}, {2, "5"}});
   values.Set(1, Bytes(2001, 0xFF));
   StoreRecord(*db, values, kNewRecord);
@@ -98,9 +103,14 @@ TEST_F(CsvExportTest, FilteredExportWithNothingPassingWritesTheHeaderOnly) {
 }
 
 TEST_F(CsvExportTest, ProgressCountsFromMinus102AndDamagedRecordsAreNoted) {
-  auto db = DatabaseBuilder().Field("A", kText).Field("B", kText)
-                .Row({"a", "b"}).Row({"c", "d"}).Row({"e", "f"}).Build();
-  db->records[1].data.clear();        // an entry without a record
+  auto db = DatabaseBuilder()
+                .Field("A", kText)
+                .Field("B", kText)
+                .Row({"a", "b"})
+                .Row({"c", "d"})
+                .Row({"e", "f"})
+                .Build();
+  db->records[1].data.clear();                                 // an entry without a record
   db->records[2].data.resize(db->records[2].data.size() - 3);  // B's value runs past the end
   EXPECT_EQ(Export(*db, {}, 0), "a,b\ne,\n");
   auto progress = prompter_.Progress();
@@ -116,8 +126,13 @@ TEST_F(CsvExportTest, ProgressCountsFromMinus102AndDamagedRecordsAreNoted) {
 std::unique_ptr<Database> MixedDatabase(bool with_rows) {
   DatabaseBuilder b;
   b.Options(EuropeanOptions())
-      .Field("Name", kText).Field("Qty", kInteger).Field("Price", kFloat).Field("When", kDate)
-      .Field("At", kTime).Field("Done", kCheckBox).Field("Note", kNote);
+      .Field("Name", kText)
+      .Field("Qty", kInteger)
+      .Field("Price", kFloat)
+      .Field("When", kDate)
+      .Field("At", kTime)
+      .Field("Done", kCheckBox)
+      .Field("Note", kNote);
   if (with_rows) {
     b.Row({"Smith, \"Jr\"", "-7", "1.5", "05/03/2002", "13:05", "1", "two\nlines"})
         .Row({"Caf\xE9", "0", "", "", "", "0", ""})
@@ -142,8 +157,10 @@ TEST_F(CsvExportTest, PythonsCsvModuleReadsTheSameCells) {
   auto db = MixedDatabase(true);
   std::string path = folder_.Path("out.csv");
   ASSERT_EQ(ExportCsv(*db, {.header = true}, path, EuropeanOptions(), prompter_), 1);
-  std::string script = "python3 -c \"import csv,sys\nfor row in csv.reader(open(sys.argv[1], "
-                       "encoding='utf-8', newline='')): print(repr(row))\" " + path;
+  std::string script =
+      "python3 -c \"import csv,sys\nfor row in csv.reader(open(sys.argv[1], "
+      "encoding='utf-8', newline='')): print(repr(row))\" " +
+      path;
   FILE* pipe = popen(script.c_str(), "r");
   ASSERT_NE(pipe, nullptr);
   std::string out;

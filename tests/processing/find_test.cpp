@@ -24,8 +24,12 @@ class FindTest : public ::testing::Test {
 };
 
 TEST_F(FindTest, DigitsMatchInsideIntegersUnlessTheyMustBegin) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger)
-                .Row({"none", "7"}).Row({"bolt", "112"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Name", kText)
+                .Field("Qty", kInteger)
+                .Row({"none", "7"})
+                .Row({"bolt", "112"})
+                .Build();
   auto found = Find(*db, Text("12"));
   ASSERT_TRUE(found);
   EXPECT_EQ(found->position, 1);
@@ -74,8 +78,12 @@ TEST_F(FindTest, DateAndTimeTextsAreNotLowerCased) {
 }
 
 TEST_F(FindTest, FindAgainGoesOnInTheSameRecordThenTheNext) {
-  auto db = DatabaseBuilder().Field("A", kText).Field("B", kText)
-                .Row({"red", "dark red"}).Row({"blue", "red"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("A", kText)
+                .Field("B", kText)
+                .Row({"red", "dark red"})
+                .Row({"blue", "red"})
+                .Build();
   FindSettings s = Text("red");
   auto first = Find(*db, s);
   ASSERT_TRUE(first);
@@ -91,8 +99,12 @@ TEST_F(FindTest, FindAgainGoesOnInTheSameRecordThenTheNext) {
 }
 
 TEST_F(FindTest, HiddenFieldsAndFilteredRecordsNeverMatch) {
-  auto db = DatabaseBuilder().Field("Secret", kText).Field("Qty", kInteger)
-                .Row({"gold", "1"}).Row({"gold", "5"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Secret", kText)
+                .Field("Qty", kInteger)
+                .Row({"gold", "1"})
+                .Row({"gold", "5"})
+                .Build();
   FieldHidden hide_secret = [](const Database&, int slot) { return slot == 0; };
   EXPECT_FALSE(FindRecord(*db, Text("gold"), 0, 0, false, {}, prompter_, hide_secret));
   Condition only_five;
@@ -105,8 +117,12 @@ TEST_F(FindTest, HiddenFieldsAndFilteredRecordsNeverMatch) {
 }
 
 TEST_F(FindTest, ColumnCountsOnlyShownColumnsInDisplayOrder) {
-  auto db = DatabaseBuilder().Field("A", kText).Field("Pic", kImage).Field("B", kText)
-                .Field("C", kText).Build();
+  auto db = DatabaseBuilder()
+                .Field("A", kText)
+                .Field("Pic", kImage)
+                .Field("B", kText)
+                .Field("C", kText)
+                .Build();
   db->definition().field(2).set_width(0);  // hidden column
   db->definition().set_display_slot(0, 3);
   db->definition().set_display_slot(3, 0);

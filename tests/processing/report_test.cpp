@@ -34,18 +34,20 @@ std::string Report(const Database& db, int slot, const FormatOptions& options = 
 TEST(ReportTest, IntegerReportWithNoPassingRecordKeepsTheRunningTotalStarts) {
   auto db = Numbers({"5", "7"});
   db->definition().set_condition(0, NothingPasses(0));
-  EXPECT_EQ(Report(*db, 0),
-            "Report for Qty\r\nNumber of Entries:\t0\r\nMinimum Value:\t0\r\nMaximum Value:\t0\r\n"
-            "Sum:\t\t0\r\nMinimum Total:\t2000000\r\nMaximum Total:\t-2000000\r\nAverage:\t\t0\r\n");
+  EXPECT_EQ(
+      Report(*db, 0),
+      "Report for Qty\r\nNumber of Entries:\t0\r\nMinimum Value:\t0\r\nMaximum Value:\t0\r\n"
+      "Sum:\t\t0\r\nMinimum Total:\t2000000\r\nMaximum Total:\t-2000000\r\nAverage:\t\t0\r\n");
 }
 
 TEST(ReportTest, IntegerAverageRoundsHalfUpAndRunningTotalsFollowTheSum) {
   EXPECT_EQ(Report(*Numbers({"1", "2"}), 0),
             "Report for Qty\r\nNumber of Entries:\t2\r\nMinimum Value:\t1\r\nMaximum Value:\t2\r\n"
             "Sum:\t\t3\r\nMinimum Total:\t1\r\nMaximum Total:\t3\r\nAverage:\t\t2\r\n");
-  EXPECT_EQ(Report(*Numbers({"5", "-10", "3"}), 0),
-            "Report for Qty\r\nNumber of Entries:\t3\r\nMinimum Value:\t-10\r\nMaximum Value:\t5\r\n"
-            "Sum:\t\t-2\r\nMinimum Total:\t-5\r\nMaximum Total:\t5\r\nAverage:\t\t0\r\n");
+  EXPECT_EQ(
+      Report(*Numbers({"5", "-10", "3"}), 0),
+      "Report for Qty\r\nNumber of Entries:\t3\r\nMinimum Value:\t-10\r\nMaximum Value:\t5\r\n"
+      "Sum:\t\t-2\r\nMinimum Total:\t-5\r\nMaximum Total:\t5\r\nAverage:\t\t0\r\n");
 }
 
 TEST(ReportTest, MinimumStartsAtTheProgramsOwnLimit) {
@@ -56,19 +58,30 @@ TEST(ReportTest, MinimumStartsAtTheProgramsOwnLimit) {
 }
 
 TEST(ReportTest, TimesOfMoreThanADayShowWholeDaysAndTheRest) {
-  auto db = DatabaseBuilder().Options(EuropeanOptions()).Field("At", kTime)
-                .Row({"10:00"}).Row({"15:00"}).Row({""}).Build();
+  auto db = DatabaseBuilder()
+                .Options(EuropeanOptions())
+                .Field("At", kTime)
+                .Row({"10:00"})
+                .Row({"15:00"})
+                .Row({""})
+                .Build();
   EXPECT_EQ(Report(*db, 0),
             "Report for At\r\nNumber of Entries:\t2\r\nMinimum Value:\t10:00:00\r\n"
             "Maximum Value:\t15:00:00\r\nAverage Time:\t12:30:00\r\n"
             "Total Time\t1 Day(s), 01:00:00\r\n");
-  auto short_db = DatabaseBuilder().Options(EuropeanOptions()).Field("At", kTime).Row({"1:30"}).Build();
+  auto short_db =
+      DatabaseBuilder().Options(EuropeanOptions()).Field("At", kTime).Row({"1:30"}).Build();
   EXPECT_NE(Report(*short_db, 0).find("Total Time:\t01:30:00\r\n"), std::string::npos);
 }
 
 TEST(ReportTest, EmptyDatesAreCountedButTakeNoPartInTheLimits) {
-  auto db = DatabaseBuilder().Options(EuropeanOptions()).Field("When", kDate)
-                .Row({"10/03/2002"}).Row({""}).Row({"05/03/2002"}).Build();
+  auto db = DatabaseBuilder()
+                .Options(EuropeanOptions())
+                .Field("When", kDate)
+                .Row({"10/03/2002"})
+                .Row({""})
+                .Row({"05/03/2002"})
+                .Build();
   EXPECT_EQ(Report(*db, 0),
             "Report for When\r\nNumber of Entries:\t3\r\nMinimum Value:\t05/03/2002\r\n"
             "Maximum Value:\t10/03/2002\r\nDays Spanned:\t5\r\n");
@@ -81,8 +94,13 @@ TEST(ReportTest, EmptyDatesAreCountedButTakeNoPartInTheLimits) {
 TEST(ReportTest, FloatAndCheckReportsFollowTheDecimalComma) {
   FormatOptions comma = EuropeanOptions();
   comma.decimal_comma = true;
-  auto db = DatabaseBuilder().Field("Price", kFloat).Field("Done", kCheckBox)
-                .Row({"1.5", "1"}).Row({"2.25", "0"}).Row({"-1", "1"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Price", kFloat)
+                .Field("Done", kCheckBox)
+                .Row({"1.5", "1"})
+                .Row({"2.25", "0"})
+                .Row({"-1", "1"})
+                .Build();
   db->definition().field(0).settings()[0] = 2;
   EXPECT_EQ(Report(*db, 0, comma),
             "Report for Price\r\nNumber of Entries:\t3\r\nMinimum Value:\t-1,00\r\n"
@@ -97,10 +115,10 @@ TEST(ReportTest, FloatAndCheckReportsFollowTheDecimalComma) {
 TEST(ReportTest, CalculatedResultKindsChooseTheReport) {
   auto db = DatabaseBuilder().Field("Calc", kCalculated).Build();
   FieldDefinition f = db->definition().field(0);
-  const std::pair<int, ReportKind> expected[] = {
-      {0, ReportKind::Float}, {1, ReportKind::Integer}, {2, ReportKind::Time},
-      {3, ReportKind::Date},  {4, ReportKind::Float},   {6, ReportKind::Float},
-      {7, ReportKind::None},  {-1, ReportKind::None}};
+  const std::pair<int, ReportKind> expected[] = {{0, ReportKind::Float}, {1, ReportKind::Integer},
+                                                 {2, ReportKind::Time},  {3, ReportKind::Date},
+                                                 {4, ReportKind::Float}, {6, ReportKind::Float},
+                                                 {7, ReportKind::None},  {-1, ReportKind::None}};
   for (auto [kind, report] : expected) {
     f.bytes()[43] = static_cast<std::uint8_t>(kind);
     EXPECT_EQ(ReportKindOf(f), report) << kind;

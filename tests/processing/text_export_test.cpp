@@ -10,8 +10,12 @@ namespace qv::test {
 namespace {
 
 TEST(RecordTextTest, WritesShownUsedFieldsInDisplayOrderThenHyphens) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger).Field("Secret", kText)
-                .Row({"bolt", "5", "x"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Name", kText)
+                .Field("Qty", kInteger)
+                .Field("Secret", kText)
+                .Row({"bolt", "5", "x"})
+                .Build();
   db->definition().field(2).bytes()[5] = 0;  // not shown
   db->definition().set_display_slot(0, 1);
   db->definition().set_display_slot(1, 0);
@@ -31,7 +35,8 @@ TEST(RecordTextTest, LinkFieldsAreLeftToTheLinkedRecordsWriter) {
   out.clear();
   WriteRecordText(*db, 0, 0, {}, out,
                   [](const Database&, std::uint32_t, int slot, int level, std::string& text) {
-                    text += "linked " + std::to_string(slot) + " at " + std::to_string(level) + "\n";
+                    text +=
+                        "linked " + std::to_string(slot) + " at " + std::to_string(level) + "\n";
                   });
   EXPECT_EQ(out, "Name: kit\nlinked 1 at 1\n----------------------------------------\n");
 }
@@ -39,8 +44,13 @@ TEST(RecordTextTest, LinkFieldsAreLeftToTheLinkedRecordsWriter) {
 TEST(RecordTextTest, TextExportWritesFilteredOrCurrentRecordsAndSaysSo) {
   TestFolder folder;
   ScriptedPrompter prompter;
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger)
-                .Row({"Caf\xE9", "1"}).Row({"b", "50"}).Row({"c", "2"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Name", kText)
+                .Field("Qty", kInteger)
+                .Row({"Caf\xE9", "1"})
+                .Row({"b", "50"})
+                .Row({"c", "2"})
+                .Build();
   Condition c;
   c.in_use = 1;
   c.field = 1;
@@ -55,8 +65,9 @@ TEST(RecordTextTest, TextExportWritesFilteredOrCurrentRecordsAndSaysSo) {
   ASSERT_TRUE(ExportRecordsAsText(*db, false, path, {}, prompter, TextEncoding::Cp1252));
   EXPECT_EQ(Slurp(path), "Name: b\nQty: 50\n" + rule);
   EXPECT_FALSE(ExportRecordsAsText(*db, true, folder.Path("none/out.txt"), {}, prompter));
-  EXPECT_EQ(prompter.Messages(), (std::vector<std::string>{"File Exported OK", "File Exported OK",
-                                                           "ERROR: Unable to open file for writing."}));
+  EXPECT_EQ(prompter.Messages(),
+            (std::vector<std::string>{"File Exported OK", "File Exported OK",
+                                      "ERROR: Unable to open file for writing."}));
   EXPECT_FALSE(prompter.busy());
   db->loaded = false;
   EXPECT_FALSE(ExportRecordsAsText(*db, true, path, {}, prompter));
@@ -64,8 +75,12 @@ TEST(RecordTextTest, TextExportWritesFilteredOrCurrentRecordsAndSaysSo) {
 }
 
 TEST(JsonExportTest, ObjectsKeyedByFieldNameWithEscapedTexts) {
-  auto db = DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger)
-                .Row({"say \"hi\"\n\x01", "5"}).Row({"Caf\xE9", "7"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Name", kText)
+                .Field("Qty", kInteger)
+                .Row({"say \"hi\"\n\x01", "5"})
+                .Row({"Caf\xE9", "7"})
+                .Build();
   EXPECT_EQ(RecordsAsJson(*db, false, {}),
             "[\n  {\"Name\": \"say \\\"hi\\\"\\n\\u0001\", \"Qty\": \"5\"},\n"
             "  {\"Name\": \"Caf\xC3\xA9\", \"Qty\": \"7\"}\n]\n");

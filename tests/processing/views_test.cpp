@@ -11,8 +11,13 @@ namespace qv::test {
 namespace {
 
 std::unique_ptr<Database> Stock() {
-  return DatabaseBuilder().Field("Name", kText).Field("Qty", kInteger)
-      .Row({"bolt", "5"}).Row({"nut", "1"}).Row({"washer", "9"}).Build();
+  return DatabaseBuilder()
+      .Field("Name", kText)
+      .Field("Qty", kInteger)
+      .Row({"bolt", "5"})
+      .Row({"nut", "1"})
+      .Row({"washer", "9"})
+      .Build();
 }
 
 TEST(ViewsTest, OpeningTheViewsPageMakesADefaultViewOfTheCurrentSettings) {
@@ -48,8 +53,9 @@ TEST(ViewsTest, TheTwentyFirstNewViewIsRefusedButTheTwentyFirstCopyIsSilent) {
   EXPECT_EQ(db->definition().view_block(19)[view::kFlags], 0);
   EXPECT_TRUE(prompter.Messages().empty());
   EXPECT_FALSE(NewView(*db, prompter));
-  EXPECT_EQ(prompter.Messages(), std::vector<std::string>{
-      "Sorry, you have reached the maximum number of Views for this database."});
+  EXPECT_EQ(prompter.Messages(),
+            std::vector<std::string>{
+                "Sorry, you have reached the maximum number of Views for this database."});
   EXPECT_EQ(prompter.calls().back().caption, "ERROR");
   EXPECT_FALSE(CopyView(*db, 0));
   EXPECT_EQ(prompter.Messages().size(), 1u);
@@ -61,7 +67,8 @@ TEST(ViewsTest, CopyIsByteForByteIncludingTheName) {
   EnsureDefaultView(*db);
   EXPECT_FALSE(CopyView(*db, 1));  // nothing selected there
   ASSERT_EQ(CopyView(*db, 0), 1);
-  EXPECT_EQ(std::memcmp(db->definition().view_block(0), db->definition().view_block(1), kViewSize), 0);
+  EXPECT_EQ(std::memcmp(db->definition().view_block(0), db->definition().view_block(1), kViewSize),
+            0);
 }
 
 TEST(ViewsTest, DeletingViewZeroOfThreeLeavesTheOtherTwoInOrder) {
@@ -80,7 +87,8 @@ TEST(ViewsTest, DeletingViewZeroOfThreeLeavesTheOtherTwoInOrder) {
   EXPECT_TRUE(DeleteView(*db, 0, prompter));
   EXPECT_EQ(ViewNames(*db), (std::vector<std::string>{"Cheap", "Dear"}));
   EXPECT_EQ(ViewName(*db, 19), "");
-  EXPECT_EQ(prompter.Questions(), (std::vector<std::string>(2, "Are you sure you want to delete this view?")));
+  EXPECT_EQ(prompter.Questions(),
+            (std::vector<std::string>(2, "Are you sure you want to delete this view?")));
   EXPECT_FALSE(DeleteView(*db, 2, prompter));  // no such view: nothing asked
   EXPECT_EQ(prompter.Questions().size(), 2u);
 }
