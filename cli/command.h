@@ -24,7 +24,8 @@ struct Command {
 // The command groups; each lives in its own source file.
 std::vector<Command> DatabaseCommands();  // info, list, new, check
 std::vector<Command> RecordCommands();    // add, set, delete
-std::vector<Command> ViewCommands();      // views, report, find
-std::vector<Command> ExchangeCommands();  // export, import
+std::vector<Command> ProcessingCommands();  // sort, filter, calc, recalc
+std::vector<Command> ViewCommands();        // views, report, find
+std::vector<Command> ExchangeCommands();    // export, import
 
 }  // namespace qv::cli

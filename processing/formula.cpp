@@ -138,15 +138,64 @@ std::string FormatFormulaResult(double value, int result_kind) {
   return std::string(buffer, end);
 }
 
-void PutFieldValue(Bytes& record, const DatabaseDefinition& definition, int slot,
-                   std::span<const std::uint8_t> value) {
-  auto ref = LocateValue(record, slot);
-  if (ref && ref->length == value.size()) {
-    if (!value.empty()) std::memcpy(record.data() + ref->offset, value.data(), value.size());
+namespace {
+
+void PutValueAt(Bytes& record, const DatabaseDefinition& definition, int slot,
+                std::optional<ValueRef> ref, std::span<const std::uint8_t> value) {
+  if (!ref || value.size() > 0xFFFE) {
+    record = ReplaceValue(record, definition, slot, value);
     return;
   }
-  record = ReplaceValue(record, definition, slot, value);
+  // Spliced in place, so a reused work buffer needs no new memory.
+  auto at = record.begin() + static_cast<std::ptrdiff_t>(ref->offset);
+  std::size_t common = std::min(value.size(), ref->length);
+  if (value.size() > ref->length) {
+    record.insert(at + static_cast<std::ptrdiff_t>(ref->length),
+                  value.begin() + static_cast<std::ptrdiff_t>(common), value.end());
+  } else if (value.size() < ref->length) {
+    record.erase(at + static_cast<std::ptrdiff_t>(value.size()),
+                 at + static_cast<std::ptrdiff_t>(ref->length));
+  }
+  PutLE16(record.data() + ref->offset - 2, static_cast<std::uint16_t>(value.size()));
+  if (common) std::memcpy(record.data() + ref->offset, value.data(), common);
 }
+
+}  // namespace
+
+void PutFieldValue(Bytes& record, const DatabaseDefinition& definition, int slot,
+                   std::span<const std::uint8_t> value) {
+  PutValueAt(record, definition, slot, LocateValue(record, slot), value);
+}
+
+namespace {
+
+// Stores a result's text in the record, marking the field changed when the text differs.
+void StoreResult(Database& db, int slot, const DatabaseDefinition& definition, Bytes& record,
+                 double result) {
+  ConstFieldDefinition field = definition.field(slot);
+  char text[400];
+  auto [end, ec] = std::to_chars(text, text + sizeof text - 1, result, std::chars_format::fixed,
+                                 ResultKindDecimals(CalculatedResultKind(field)));
+  std::size_t length = ec == std::errc() ? static_cast<std::size_t>(end - text) : 0;
+  if (ec != std::errc()) {
+    std::memcpy(text, result < 0 ? "-inf" : "inf", result < 0 ? 4 : 3);
+    length = result < 0 ? 4 : 3;
+  }
+  std::size_t largest = LargestValueSize(field);
+  if (length + 1 > largest) length = largest - 1;
+  text[length] = '\0';
+  std::span<const std::uint8_t> fresh(reinterpret_cast<const std::uint8_t*>(text), length + 1);
+  auto ref = LocateValue(record, slot);
+  std::span<const std::uint8_t> old =
+      ref ? std::span<const std::uint8_t>(record).subspan(ref->offset, ref->length)
+          : std::span<const std::uint8_t>();
+  if (ValueText(old) != std::string_view(text, length)) db.field_changed[slot] = 1;
+  if (ref && old.size() == fresh.size() && std::memcmp(old.data(), fresh.data(), fresh.size()) == 0)
+    return;
+  PutValueAt(record, definition, slot, ref, fresh);
+}
+
+}  // namespace
 
 int UpdateCalculatedField(Database& db, int slot, const DatabaseDefinition& definition,
                           Bytes* record, std::span<const std::uint8_t> previous,
@@ -154,19 +203,8 @@ int UpdateCalculatedField(Database& db, int slot, const DatabaseDefinition& defi
   if (!record) return -1;
   if (slot < 0 || slot >= kFieldSlots) return 0;
   FormulaProgram program = LoadFormulaProgram(definition, slot);
-  double result = EvaluateFormula(program, *record, db, previous, prompter);
-  std::string text = FormatFormulaResult(result, CalculatedResultKind(definition.field(slot)));
-  std::size_t largest = LargestValueSize(definition.field(slot));
-  if (text.size() + 1 > largest) text.resize(largest - 1);
-  std::span<const std::uint8_t> fresh(reinterpret_cast<const std::uint8_t*>(text.c_str()),
-                                      text.size() + 1);
-  auto ref = LocateValue(*record, slot);
-  std::span<const std::uint8_t> old =
-      ref ? std::span<const std::uint8_t>(*record).subspan(ref->offset, ref->length)
-          : std::span<const std::uint8_t>();
-  if (ValueText(old) != text) db.field_changed[slot] = 1;
-  if (!ref || old.size() != fresh.size() || std::memcmp(old.data(), fresh.data(), fresh.size()) != 0)
-    PutFieldValue(*record, definition, slot, fresh);
+  StoreResult(db, slot, definition, *record,
+              EvaluateFormula(program, *record, db, previous, prompter));
   return 0;
 }
 
@@ -184,19 +222,39 @@ int UpdateCalculatedField(Database& db, int slot, const DatabaseDefinition& defi
                                prompter);
 }
 
-void ComputeRecordFormulas(Database& db, const DatabaseDefinition& definition, Bytes& record,
-                           std::span<const std::uint8_t> previous, Prompter& prompter,
-                           bool only_position_dependent) {
+std::vector<ComputedField> ComputedFieldsInOrder(const DatabaseDefinition& definition,
+                                                 bool only_position_dependent) {
+  std::vector<ComputedField> fields;
   for (int position = 0; position < kFieldSlots; ++position) {
     int slot = definition.display_slot(position);
     if (slot >= kFieldSlots) continue;
     ConstFieldDefinition field = definition.field(slot);
     if (only_position_dependent && !field.position_dependent()) continue;
     if (field.type() == kCalculated)
-      UpdateCalculatedField(db, slot, definition, &record, previous, prompter);
+      fields.push_back({slot, true, LoadFormulaProgram(definition, slot)});
     else if (field.type() == kConditional)
-      UpdateConditionalField(db, slot, definition, record);
+      fields.push_back({slot, false, {}});
   }
+  return fields;
+}
+
+void ComputeFields(Database& db, const DatabaseDefinition& definition, Bytes& record,
+                   std::span<const std::uint8_t> previous, Prompter& prompter,
+                   std::span<const ComputedField> fields) {
+  for (const ComputedField& f : fields) {
+    if (f.calculated)
+      StoreResult(db, f.slot, definition, record,
+                  EvaluateFormula(f.program, record, db, previous, prompter));
+    else
+      UpdateConditionalField(db, f.slot, definition, record);
+  }
+}
+
+void ComputeRecordFormulas(Database& db, const DatabaseDefinition& definition, Bytes& record,
+                           std::span<const std::uint8_t> previous, Prompter& prompter,
+                           bool only_position_dependent) {
+  ComputeFields(db, definition, record, previous, prompter,
+                ComputedFieldsInOrder(definition, only_position_dependent));
 }
 
 std::string_view FunctionName(int id) {

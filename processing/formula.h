@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "engine/database.h"
 #include "platform/prompter.h"
@@ -82,6 +83,20 @@ int UpdateCalculatedField(Database& db, int slot, const DatabaseDefinition& defi
 void ComputeRecordFormulas(Database& db, const DatabaseDefinition& definition, Bytes& record,
                            std::span<const std::uint8_t> previous, Prompter& prompter,
                            bool only_position_dependent = false);
+
+// The Calculated and Conditional fields in the order of the field display table, programs
+// decoded, and the refresh of those fields in one record. A pass over many records decodes
+// once: the definitions cannot change during a pass.
+struct ComputedField {
+  int slot;
+  bool calculated;  // else Conditional
+  FormulaProgram program;
+};
+std::vector<ComputedField> ComputedFieldsInOrder(const DatabaseDefinition& definition,
+                                                 bool only_position_dependent);
+void ComputeFields(Database& db, const DatabaseDefinition& definition, Bytes& record,
+                   std::span<const std::uint8_t> previous, Prompter& prompter,
+                   std::span<const ComputedField> fields);
 
 // The record before `position` in display order: the previous passing record while a filter is
 // active, else position - 1. Empty when there is none.

@@ -1,6 +1,9 @@
 #include "processing/recalc.h"
 
 #include <array>
+#include <vector>
+
+#include "engine/record.h"
 
 #include "processing/filter.h"
 #include "processing/formula.h"
@@ -60,16 +63,21 @@ int Walk(Database& db, std::uint32_t start, Prompter& prompter, bool only_positi
   if (start > 0 && start <= db.count())
     previous = filtered ? StepPassingRecords(db, static_cast<int>(start), -1)
                         : static_cast<int>(start) - 1;
+  const std::vector<ComputedField> fields = ComputedFieldsInOrder(db.definition(), only_position_dependent);
+  Bytes work;  // one work buffer, reused from record to record
+  work.reserve(LargestRecordSize(db.definition()));
   for (std::uint32_t k = start; k < db.count(); ++k) {
     if (filtered && !RecordPassesFilter(db, k)) continue;
-    if (db.records[k].data.empty()) return -1;
-    Bytes work = db.records[k].data;  // the work buffer
+    Bytes& data = db.records[k].data;
+    if (data.empty()) return -1;
+    work.assign(data.begin(), data.end());
     std::span<const std::uint8_t> before =
         previous >= 0 ? std::span<const std::uint8_t>(db.records[static_cast<std::size_t>(previous)].data)
                       : std::span<const std::uint8_t>();
-    ComputeRecordFormulas(db, db.definition(), work, before, prompter, only_position_dependent);
-    if (work != db.records[k].data) {
-      db.records[k].data = std::move(work);
+    ComputeFields(db, db.definition(), work, before, prompter, fields);
+    if (work != data) {
+      data.assign(work.begin(), work.end());
+      data.shrink_to_fit();
       db.changed = true;
     }
     previous = static_cast<int>(k);

@@ -6,6 +6,7 @@
 #include <random>
 
 #include "processing/formula.h"
+#include "processing/formula_builder.h"
 #include "tests/processing/fixtures.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
@@ -266,6 +267,22 @@ TEST(PlacementTest, WithoutAPrimaryKeyNothingIsCompared) {
   EXPECT_EQ(Ints(*db, 0), (std::vector<std::int32_t>{9, 1, 5}));
   db->definition().set_sort_key(1, SortKey{});
   EXPECT_EQ(RepositionRecord(*db, 0), 0u);  // no key at all: stays
+}
+
+TEST(SortOnColumnTest, MakesTheFieldTheOnlyKeyAndRefreshesPositionValues) {
+  auto db = DatabaseBuilder().Field("A", kInteger).Field("B", kText).Field("Row", kCalculated)
+                .Sort(1).Sort(0).Row({"2", "x"}).Row({"9", "y"}).Row({"5", "z"}).Build();
+  ScriptedPrompter p;
+  ASSERT_TRUE(BuildFormula(db->definition(), 2, "P3 + 1", p));
+  db->definition().field(2).bytes()[43] = 1;
+  SortOnColumn(*db, 0, false, p);
+  EXPECT_EQ(db->definition().sort_key(0).field, 0);
+  EXPECT_FALSE(db->definition().sort_key(0).forward);
+  EXPECT_EQ(db->definition().sort_key(1).field, -1);
+  EXPECT_EQ(Ints(*db, 0), (std::vector<std::int32_t>{9, 5, 2}));
+  EXPECT_EQ(Texts(*db, 2), (std::vector<std::string>{"1", "2", "3"}));
+  EXPECT_TRUE(db->redraw);
+  EXPECT_EQ(db->visible.size(), 3u);
 }
 
 TEST(SortDialogTest, TertiaryDirectionComesFromThePrimaryButton) {
