@@ -6,8 +6,10 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
+#include "cli/exchange_options.h"
 #include "cli/output.h"
 #include "engine/text.h"
+#include "processing/csv_new_database.h"
 
 namespace qv::cli {
 
@@ -117,14 +119,54 @@ std::optional<FieldSpec> ParseFieldSpec(const QString& text, std::string& proble
   return spec;
 }
 
+// The fields come from the CSV file's header line (NAME or NAME:TYPE[:LENGTH], other types
+// guessed from the data) and its rows become the records.
+int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std::string& path,
+               const std::string& name) {
+  auto separator = SeparatorOption(context, parser);
+  auto encoding = EncodingOption(context, parser);
+  if (!separator || !encoding) return kUsage;
+  std::string csv_path = parser.value("from-csv").toStdString();
+  auto bytes = ReadWholeFile(csv_path);
+  if (!bytes) {
+    context.Error("cannot read '" + csv_path + "'");
+    return kFailed;
+  }
+  CsvImportOptions o;
+  o.separator = *separator;
+  o.encoding = *encoding;
+  ImportResult result;
+  std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+  auto db = NewDatabaseFromCsv(name, text, o, context.options, context.clock, context.prompter, result);
+  if (!db) {
+    context.Error(Cp1252ToUtf8(result.error));
+    return kFailed;
+  }
+  ReportImportProblems(result.problems);
+  db->path = path;
+  if (!context.Save(*db)) return kFailed;
+  std::cout << "imported " << result.imported << " records";
+  if (!result.problems.empty()) std::cout << ", refused " << result.problems.size() << " rows";
+  std::cout << '\n';
+  return result.problems.empty() ? kOk : kFailed;
+}
+
 int New(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file to create.");
   parser.addOption({"name", "Database name (default: the file name).", "name"});
   parser.addOption({"field", "A field NAME:TYPE[:LENGTH]; repeat for more.", "spec"});
+  parser.addOption({"from-csv", "Make the fields and records from a CSV file.", "csv"});
   parser.addOption({"force", "Replace an existing file."});
-  const char* usage = "new FILE [--name NAME] --field NAME:TYPE[:LENGTH] ... [--force]";
+  AddExchangeOptions(parser);
+  const char* usage =
+      "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C]) "
+      "[--force]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
+  if (parser.isSet("from-csv") && parser.isSet("field")) {
+    context.Error("give either --field or --from-csv");
+    return kUsage;
+  }
   std::string path = parser.positionalArguments().at(0).toStdString();
   if (TestForFile(path) && !parser.isSet("force")) {
     context.Error("'" + path + "' exists already (use --force to replace it)");
@@ -142,6 +184,7 @@ int New(CliContext& context, const QStringList& arguments) {
     context.Error("the database name must be 1 to 31 characters");
     return kUsage;
   }
+  if (parser.isSet("from-csv")) return NewFromCsv(context, parser, path, name);
   auto db = NewDatabase(name, context.clock);
   for (int slot = 0; slot < specs.size(); ++slot) {
     std::string problem;
@@ -190,7 +233,10 @@ std::vector<Command> DatabaseCommands() {
   return {
       {"info", "info FILE", Info},
       {"list", "list FILE [--format text|tsv|json] [--numbers] [--all]", List},
-      {"new", "new FILE [--name NAME] --field NAME:TYPE[:LENGTH] ... [--force]", New},
+      {"new",
+       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C]) "
+       "[--force]",
+       New},
       {"check", "check FILE", Check},
   };
 }

@@ -164,8 +164,16 @@ int ReadHeader(const std::string& path, Header& header) {
 }
 
 std::optional<Bytes> ReadWholeFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(path, std::ios::binary | std::ios::ate);
   if (!in) return std::nullopt;
+  std::streamoff size = in.tellg();
+  if (size > 0 && in.seekg(0)) {  // a regular file: one read of the known size
+    Bytes bytes(static_cast<std::size_t>(size));
+    if (in.read(reinterpret_cast<char*>(bytes.data()), size).gcount() == size) return bytes;
+    return std::nullopt;
+  }
+  in.clear();
+  in.seekg(0);
   Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   if (in.bad()) return std::nullopt;
   return bytes;

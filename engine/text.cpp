@@ -10,10 +10,14 @@ std::string StringPrintf(const char* format, ...) {
   va_start(args, format);
   va_list copy;
   va_copy(copy, args);
-  int needed = std::vsnprintf(nullptr, 0, format, copy);
+  // Most texts fit a small buffer: one formatting pass instead of two.
+  char small[256];
+  int needed = std::vsnprintf(small, sizeof small, format, copy);
   va_end(copy);
   std::string out;
-  if (needed > 0) {
+  if (needed > 0 && static_cast<size_t>(needed) < sizeof small) {
+    out.assign(small, static_cast<size_t>(needed));
+  } else if (needed > 0) {
     std::vector<char> buffer(static_cast<size_t>(needed) + 1);
     std::vsnprintf(buffer.data(), buffer.size(), format, args);
     out.assign(buffer.data(), static_cast<size_t>(needed));

@@ -1,0 +1,170 @@
+#include "processing/csv_new_database.h"
+
+#include <algorithm>
+#include <array>
+
+#include "engine/format.h"
+#include "engine/text.h"
+
+namespace qv {
+
+namespace {
+
+constexpr std::size_t kLongestText = 255;  // longer cells make a Note
+constexpr unsigned kDefaultLength = 40;
+constexpr unsigned kLongestLength = 2000;
+constexpr std::size_t kLongestName = 19;
+
+// Whether every cell parses as a value of `type` under the user's formats.
+bool AllParse(const std::vector<std::string_view>& cells, FieldType type,
+              const FormatOptions& options) {
+  std::array<std::uint8_t, kFieldDefinitionSize> bytes{};
+  FieldDefinition scratch(bytes.data());
+  scratch.set_type(type);
+  scratch.set_length(kLongestLength);
+  const FieldRecord no_items;
+  // A lone number reads as a time of whole hours; only a written separator makes a time.
+  const char time_separator = options.time_code == 4 || options.time_code == 5 ? '.'
+                              : options.time_code == 8                         ? ','
+                                                                               : ':';
+  for (std::string_view cell : cells) {
+    if (type == kTime && cell.find(time_separator) == std::string_view::npos) return false;
+    if (!ParseValue(scratch, no_items, cell, options)) return false;
+    if (type == kInteger || type == kFloat) {
+      // Numbers written with leading zeros (codes, postcodes) would lose them as numbers.
+      std::string_view digits = cell.substr(cell.find_first_not_of("+- ") == std::string_view::npos
+                                                ? 0
+                                                : cell.find_first_not_of("+- "));
+      if (digits.size() > 1 && digits[0] == '0' && digits[1] != '.' && digits[1] != ',')
+        return false;
+    }
+  }
+  return true;
+}
+
+bool AllCheckWords(const std::vector<std::string_view>& cells) {
+  for (std::string_view cell : cells) {
+    std::string t = ToLowerAscii(cell);
+    if (t != "yes" && t != "no" && t != "true" && t != "false" && t != "x") return false;
+  }
+  return true;
+}
+
+// The most decimals any cell carries, so values keep the digits they were written with.
+int DecimalsOf(const std::vector<std::string_view>& cells, bool decimal_comma) {
+  int most = 0;
+  for (std::string_view cell : cells) {
+    std::size_t point = cell.find(decimal_comma ? ',' : '.');
+    if (point == std::string_view::npos) continue;
+    std::size_t end = cell.find_first_not_of("0123456789", point + 1);
+    if (end == std::string_view::npos) end = cell.size();
+    most = std::max(most, static_cast<int>(end - point - 1));
+  }
+  return std::min(most, 10);
+}
+
+struct ColumnSpec {
+  std::string name;
+  std::optional<FieldType> type;
+  std::optional<unsigned> length;
+};
+
+bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec,
+                     std::string& error) {
+  std::string_view name = HeaderName(cell);
+  spec.name = std::string(name.empty() ? StringPrintf("Field %zu", column + 1) : name);
+  if (spec.name.size() > kLongestName) {
+    error = StringPrintf("the field name '%s' is longer than %zu characters", spec.name.c_str(),
+                         kLongestName);
+    return false;
+  }
+  if (name.size() == cell.size()) return true;
+  std::string_view rest = cell.substr(name.size() + 1);
+  std::size_t colon = rest.find(':');
+  spec.type = FieldTypeByName(rest.substr(0, colon));
+  if (*spec.type == kNotUsed) {
+    error = StringPrintf("the field '%s' cannot be of type Not-Used", spec.name.c_str());
+    return false;
+  }
+  if (colon != std::string_view::npos) {
+    std::string digits(rest.substr(colon + 1));
+    char* end = nullptr;
+    unsigned long n = std::strtoul(digits.c_str(), &end, 10);
+    if (digits.empty() || *end != '\0' || n == 0 || n > kLongestLength) {
+      error = StringPrintf("the length of '%s' must be 1 to %u, not '%s'", spec.name.c_str(),
+                           kLongestLength, digits.c_str());
+      return false;
+    }
+    spec.length = static_cast<unsigned>(n);
+  }
+  return true;
+}
+
+void DefineField(FieldDefinition field, const ColumnSpec& spec,
+                 const std::vector<std::string_view>& cells, const FormatOptions& options) {
+  FieldType type = spec.type ? *spec.type : GuessFieldType(cells, options);
+  std::size_t longest = 0;
+  for (std::string_view cell : cells) longest = std::max(longest, cell.size());
+  field.set_type(type);
+  field.set_name(spec.name);
+  unsigned length =
+      static_cast<unsigned>(std::clamp<std::size_t>(longest, kDefaultLength, kLongestLength));
+  field.set_length(spec.length ? *spec.length : length);
+  if (type == kFloat)
+    field.settings()[0] = static_cast<std::uint8_t>(DecimalsOf(cells, options.decimal_comma));
+}
+
+}  // namespace
+
+FieldType GuessFieldType(const std::vector<std::string_view>& cells, const FormatOptions& options) {
+  if (cells.empty()) return kText;
+  if (AllParse(cells, kInteger, options)) return kInteger;
+  if (AllParse(cells, kFloat, options)) return kFloat;
+  if (AllParse(cells, kDate, options)) return kDate;
+  if (AllParse(cells, kTime, options)) return kTime;
+  if (AllCheckWords(cells)) return kCheckBox;
+  for (std::string_view cell : cells)
+    if (cell.size() > kLongestText) return kNote;
+  return kText;
+}
+
+std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_view text,
+                                             const CsvImportOptions& import_options,
+                                             const FormatOptions& options, const Clock& clock,
+                                             Prompter& prompter, ImportResult& result) {
+  result = ImportResult{};
+  std::vector<CsvRow> rows = ReadCsv(text, import_options.separator);
+  if (rows.empty() || rows[0].cells.empty()) {
+    result.error = "the file has no header line naming the fields";
+    return nullptr;
+  }
+  const std::vector<std::string>& header = rows[0].cells;
+  if (header.size() > static_cast<std::size_t>(kFieldSlots)) {
+    result.error = StringPrintf("the file has %zu columns; a database holds at most 100 fields",
+                                header.size());
+    return nullptr;
+  }
+  auto db = NewDatabase(name, clock);
+  for (std::size_t c = 0; c < header.size(); ++c) {
+    ColumnSpec spec;
+    if (!ParseHeaderCell(DecodeFromFile(header[c], import_options.encoding), c, spec, result.error))
+      return nullptr;
+    if (db->definition().FindField(spec.name)) {
+      result.error = StringPrintf("the field name '%s' is given twice", spec.name.c_str());
+      return nullptr;
+    }
+    std::vector<std::string> stored;
+    for (std::size_t r = 1; r < rows.size(); ++r)
+      if (c < rows[r].cells.size() && !rows[r].cells[c].empty() && rows[r].problem.empty())
+        stored.push_back(DecodeFromFile(rows[r].cells[c], import_options.encoding));
+    std::vector<std::string_view> cells(stored.begin(), stored.end());
+    DefineField(db->definition().field(static_cast<int>(c)), spec, cells, options);
+  }
+  ColumnMap map;
+  if (!MapColumns(*db, &rows[0], CsvHeader::Present, import_options.encoding, map, result.error))
+    return nullptr;
+  result = ImportCsvRows(*db, rows, map, import_options, options, prompter);
+  return db;
+}
+
+}  // namespace qv
