@@ -19,7 +19,7 @@ struct Locale {
 // formatting (the time preference code for typed times, the decimal comma for numbers).
 struct FormatOptions {
   Locale locale;
-  int time_code = 2;  // 1, 2: ":" (1 is a 12-hour clock); 4, 5: "." (4 is 12-hour); 8: ","
+  int time_code = 1;  // 1, 2: ":" (1 is a 12-hour clock, as the default pattern); 4, 5: "."; 8: ","
   bool decimal_comma = false;
 };
 
