@@ -26,8 +26,9 @@ bool ApplyAssignments(CliContext& context, const Database& db, const QStringList
     ConstFieldDefinition f = db.definition().field(*slot);
     auto value = ParseValue(f, db.schema.fields[*slot], text, context.options);
     if (!value) {
-      context.Error("'" + Cp1252ToUtf8(text) + "' is not a valid " +
-                    std::string(FieldTypeName(f.type())) + " value for " + Cp1252ToUtf8(f.name()));
+      context.Error(StringPrintf("'%s' is not a valid %s value for %s", Cp1252ToUtf8(text).c_str(),
+                                 std::string(FieldTypeName(f.type())).c_str(),
+                                 Cp1252ToUtf8(f.name()).c_str()));
       return false;
     }
     values.Set(*slot, std::move(*value));

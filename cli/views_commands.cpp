@@ -1,5 +1,6 @@
 // qvdb views, report, find.
 
+#include <algorithm>
 #include <iostream>
 
 #include "cli/cli_context.h"
@@ -91,7 +92,7 @@ int Report(CliContext& context, const QStringList& arguments) {
   auto text = RunReport(*db, slot ? *slot : -1, context.options, context.prompter);
   if (!text) return kFailed;
   std::string out = Cp1252ToUtf8(*text);
-  for (std::size_t at; (at = out.find("\r\n")) != std::string::npos;) out.replace(at, 2, "\n");
+  out.erase(std::remove(out.begin(), out.end(), '\r'), out.end());  // the report's CR LF as LF
   std::cout << out;
   return kOk;
 }
