@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/record.h"
 #include "engine/text.h"
 
 namespace qv::app {
@@ -59,11 +60,18 @@ int RecordListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant RecordListModel::data(const QModelIndex& index, int role) const {
-  if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
+  if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != Qt::CheckStateRole) return {};
   auto number = RecordOfRow(index.row());
   int slot = SlotOfColumn(index.column());
   if (!number || slot < 0) return {};
   const Database& db = workspace_.current();
+  // Check boxes are drawn as check boxes rather than as their "0" and "1".
+  if (db.definition().field_type(slot) == kCheckBox) {
+    if (role != Qt::CheckStateRole) return {};
+    auto value = ValueBytes(db.records[*number].data, slot);
+    return !value.empty() && value[0] ? Qt::Checked : Qt::Unchecked;
+  }
+  if (role == Qt::CheckStateRole) return {};
   std::string text = RecordValueText(db, *number, slot, workspace_.options);
   if (role == Qt::DisplayRole && text.size() > kCellLimit) text.resize(kCellLimit);
   // Notes may hold line breaks; a list row shows one line.

@@ -24,6 +24,7 @@ StartChooserDialog::StartChooserDialog(const std::vector<RecentEntry>& entries, 
   QFont bold = list_->font();
   bold.setBold(true);
   list_->setFont(bold);
+  list_->setSpacing(2);
   list_->addItem(tr("More files..."));
   for (const RecentEntry& e : entries_) list_->addItem(QString::fromStdString(e.name));
   list_->setCurrentRow(0);

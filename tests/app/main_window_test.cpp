@@ -71,6 +71,11 @@ class MainWindowTest : public QObject {
     QCOMPARE(w.panel()->model()->columnCount(), 5);
     QCOMPARE(w.panel()->model()->headerData(1, Qt::Horizontal, Qt::DisplayRole).toString(), QString("Qty"));
     QCOMPARE(CellText(*h, 1, 0), std::string("banana"));
+    // Check boxes are drawn checked or not, with no "0"/"1" text.
+    auto* model = w.panel()->model();
+    QCOMPARE(model->data(model->index(1, 2), Qt::CheckStateRole).toInt(), int(Qt::Checked));
+    QCOMPARE(model->data(model->index(0, 2), Qt::CheckStateRole).toInt(), int(Qt::Unchecked));
+    QVERIFY(CellText(*h, 1, 2).empty());
   }
 
   void commandTableCarriesItsNumbers() {
