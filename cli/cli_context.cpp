@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "processing/store.h"
+
 namespace qv::cli {
 
 void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
@@ -56,7 +58,7 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
 std::unique_ptr<Database> CliContext::Open(const std::string& path) {
   auto db = std::make_unique<Database>();
   if (!LoadDatabase(*db, path, prompter)) return nullptr;
-  ShowAllRecords(*db);
+  PositionOpenedDatabase(*db, prompter);
   return db;
 }
 

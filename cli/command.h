@@ -24,5 +24,6 @@ struct Command {
 // The command groups; each lives in its own source file.
 std::vector<Command> DatabaseCommands();  // info, list, new, check
 std::vector<Command> RecordCommands();    // add, set, delete
+std::vector<Command> ProcessingCommands();  // sort, filter, calc, recalc
 
 }  // namespace qv::cli

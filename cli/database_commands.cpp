@@ -59,7 +59,8 @@ int List(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addOption({"format", "text, tsv or json.", "format", "text"});
   parser.addOption({"numbers", "Show record numbers (text and tsv)."});
-  if (!context.Parse(parser, arguments, 1, "list FILE [--format text|tsv|json] [--numbers]"))
+  parser.addOption({"all", "Every record, not only those that pass the filter."});
+  if (!context.Parse(parser, arguments, 1, "list FILE [--format text|tsv|json] [--numbers] [--all]"))
     return kUsage;
   QString format = parser.value("format");
   TableFormat table_format = format == "tsv"    ? TableFormat::Tsv
@@ -72,7 +73,12 @@ int List(CliContext& context, const QStringList& arguments) {
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
   if (!db) return kFailed;
   bool numbers = parser.isSet("numbers") && table_format != TableFormat::Json;
-  WriteTable(RecordTable(*db, db->visible, context.options, numbers), table_format, std::cout);
+  std::vector<std::uint32_t> shown = db->visible;
+  if (parser.isSet("all")) {
+    shown.resize(db->count());
+    for (std::uint32_t i = 0; i < db->count(); ++i) shown[i] = i;
+  }
+  WriteTable(RecordTable(*db, shown, context.options, numbers), table_format, std::cout);
   return kOk;
 }
 
@@ -183,7 +189,7 @@ int Check(CliContext& context, const QStringList& arguments) {
 std::vector<Command> DatabaseCommands() {
   return {
       {"info", "info FILE", Info},
-      {"list", "list FILE [--format text|tsv|json] [--numbers]", List},
+      {"list", "list FILE [--format text|tsv|json] [--numbers] [--all]", List},
       {"new", "new FILE [--name NAME] --field NAME:TYPE[:LENGTH] ... [--force]", New},
       {"check", "check FILE", Check},
   };

@@ -1,6 +1,7 @@
 // qvdb: the command-line tool over the same libraries as the application.
 
 #include <QCoreApplication>
+#include <clocale>
 #include <iostream>
 
 #include "cli/cli_context.h"
@@ -10,7 +11,7 @@ namespace {
 
 std::vector<qv::cli::Command> AllCommands() {
   std::vector<qv::cli::Command> all;
-  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands}) {
+  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands, qv::cli::ProcessingCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }
@@ -28,6 +29,8 @@ int Usage(const std::vector<qv::cli::Command>& commands, std::ostream& out) {
 
 int main(int argc, char** argv) {
   QCoreApplication app(argc, argv);
+  // Qt takes the environment's locale; numbers in database files always use ".".
+  std::setlocale(LC_NUMERIC, "C");
   QCoreApplication::setApplicationName("qvdb");
   QCoreApplication::setApplicationVersion("3.0");
   const auto commands = AllCommands();

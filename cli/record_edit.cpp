@@ -4,6 +4,7 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
+#include "processing/store.h"
 
 namespace qv::cli {
 
@@ -36,15 +37,13 @@ bool ApplyAssignments(CliContext& context, const Database& db, const QStringList
 
 std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,
                                                const RecordValues& values, std::uint32_t number) {
-  auto stored = StoreRecord(db, values, number);
+  auto stored = StoreRecordSorted(db, values, number, true, context.prompter);
   if (!stored) context.Error("the database holds 65,000 records already");
   return stored;
 }
 
-bool DeleteEditedRecords(CliContext&, Database& db, std::vector<std::uint32_t> numbers) {
-  std::sort(numbers.rbegin(), numbers.rend());
-  numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
-  for (std::uint32_t n : numbers) DeleteRecord(db, n);
+bool DeleteEditedRecords(CliContext& context, Database& db, std::vector<std::uint32_t> numbers) {
+  DeleteRecordsAndRecalculate(db, std::move(numbers), context.prompter);
   return true;
 }
 

@@ -42,6 +42,8 @@ struct Database {
   std::uint32_t current = 0;
   // Recalculation bookkeeping: which fields changed since the flags were cleared.
   std::array<std::uint8_t, kFieldSlots> field_changed{};
+  bool recalculating = false;  // set while a recalculation pass runs
+  bool redraw = false;         // the record list must be redrawn (a pass or a sort ended)
   // Set when opened from a linked field of a parent database: only records whose value of
   // `restriction_field` equals `restriction_key` belong to the parent record.
   int restriction_field = -1;

@@ -1,6 +1,7 @@
 #pragma once
 // Sorting the record table by up to three keys, and placing stored records in sort order.
 
+#include <array>
 #include <cstdint>
 #include <span>
 
@@ -25,5 +26,30 @@ std::uint32_t FindInsertPosition(Database& db, std::uint32_t count);
 std::uint32_t RepositionRecord(Database& db, std::uint32_t index);
 // Removes the entry at `from` and inserts it before `to` (`to` == count: the end).
 void MoveTableEntry(Database& db, std::uint32_t from, std::uint32_t to);
+
+// The sort key k of the current settings, or no key (-1) when its field byte names no slot
+// 0..99: a damaged key cannot name a field, so it sorts on nothing.
+SortKey EffectiveSortKey(const Database& db, int k);
+
+// "Sort Forward" / "Sort Reverse" of the record list's column menu: field `slot` becomes the
+// only key, the table is sorted, position-dependent values are refreshed from record 0 and the
+// filtered list is rebuilt. No sortability check, as on the menu.
+void SortOnColumn(Database& db, int slot, bool forward, Prompter& prompter);
+
+// The "Sorting" dialog's controls on OK: the field chosen in each list (-1 for "No Field") and
+// the state of each list's "Forward" button.
+struct SortDialogState {
+  std::array<int, kSortKeys> field{-1, -1, -1};
+  std::array<bool, kSortKeys> forward{true, true, true};
+};
+// Checks each chosen field, primary first, with reporting on; the first refusal stores nothing
+// and answers false. Otherwise stores the keys into the current settings (view -1) or into view
+// `view`'s entries. The tertiary direction is read from the primary "Forward" button, on purpose.
+bool StoreSortDialog(Database& db, const SortDialogState& state, int view, Prompter& prompter);
+
+// Pop-Up fields: the "Sort Popups" flag (bit 0 of per-type settings byte 0, definition offset
+// 24) makes the sort compare item texts ignoring case instead of their first bytes.
+bool SortPopups(ConstFieldDefinition field);
+void SetSortPopups(FieldDefinition field, bool on);
 
 }  // namespace qv

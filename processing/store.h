@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "engine/database.h"
 #include "platform/prompter.h"
@@ -16,6 +17,10 @@ namespace qv {
 std::optional<std::uint32_t> StoreRecordSorted(Database& db, const RecordValues& values,
                                                std::uint32_t number, bool keep_sorted,
                                                Prompter& prompter);
+// Deletes records (numbers in any order, repeats ignored), recalculates the values that depend
+// on record position from the first deleted place, and rebuilds the filtered list.
+void DeleteRecordsAndRecalculate(Database& db, std::vector<std::uint32_t> numbers,
+                                 Prompter& prompter);
 // After a load: the record to return to, the pending resort with its recalculation, the
 // filtered list, the loaded flag.
 void PositionOpenedDatabase(Database& db, Prompter& prompter);

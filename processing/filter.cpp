@@ -1,0 +1,228 @@
+#include "processing/filter.h"
+
+#include <array>
+#include <cstring>
+
+#include "engine/record.h"
+#include "engine/text.h"
+#include "processing/numeric.h"
+
+namespace qv {
+
+namespace {
+
+constexpr std::uint8_t kJoinNot = 0x01;
+constexpr std::uint8_t kJoinOr = 0x02;
+constexpr std::uint8_t kGroupOpen = 0x01;
+constexpr std::uint8_t kGroupClose = 0x02;
+
+// The six conditions decoded once, so a rebuild over 65,000 records does not decode them
+// again for every record.
+struct Conditions {
+  std::array<Condition, kConditions> c;
+  explicit Conditions(const Database& db) {
+    for (int i = 0; i < kConditions; ++i) c[i] = db.definition().condition(i);
+  }
+};
+
+std::string_view LimitText(const std::array<std::uint8_t, 40>& text) {
+  return CStringAt(text.data(), text.size());
+}
+
+// Text conditions: an empty "Must Contain" text asks for an empty value.
+int TextTest(std::string_view value, const Condition& c) {
+  std::string_view needle = LimitText(c.first);
+  if (needle.empty()) return value.empty() ? 1 : 0;
+  if (value.empty()) return 0;
+  return ContainsNoCase(value, needle) ? 1 : 0;
+}
+
+int FloatTest(std::span<const std::uint8_t> value, const Condition& c) {
+  double v = TextToDouble(ValueText(value));
+  return v >= TextToDouble(LimitText(c.first)) && v <= TextToDouble(LimitText(c.second)) ? 1 : 0;
+}
+
+int CalculatedTest(ConstFieldDefinition field, std::span<const std::uint8_t> value,
+                   const Condition& c) {
+  switch (CalculatedResultKind(field)) {
+    case 1: {
+      std::int32_t v = TextToLong(ValueText(value));
+      return v >= static_cast<std::int32_t>(c.lower) && v <= static_cast<std::int32_t>(c.upper);
+    }
+    case 2: {
+      std::int32_t v = TextToLong(ValueText(value));
+      return v >= TimeBytesToSeconds(c.first.data()) && v <= TimeBytesToSeconds(c.second.data());
+    }
+    case 3: {
+      std::int32_t v = TextToLong(ValueText(value));
+      return v >= static_cast<std::int64_t>(GetLE32(c.first.data())) &&
+             v <= static_cast<std::int64_t>(GetLE32(c.second.data()));
+    }
+    case 0:
+    case 4:
+    case 5:
+    case 6: return FloatTest(value, c);
+    default: return 0;
+  }
+}
+
+int Test(const Database& db, const Condition& c, std::span<const std::uint8_t> record) {
+  auto ref = LocateValue(record, c.field);
+  if (!ref) return 0;
+  std::span<const std::uint8_t> value = record.subspan(ref->offset, ref->length);
+  ConstFieldDefinition field = db.definition().field(c.field);
+  switch (field.type()) {
+    case kNotUsed:
+    case kImage:
+    case kLink:
+    case kHeading:
+    case kRelationship:
+    case kExternal: return 1;
+    case kText:
+    case kNote:
+    case kDbPopup:
+    case kConditional: return TextTest(ValueText(value), c);
+    case kInteger: {
+      if (value.size() < 4) return 0;
+      std::int32_t v = ValueInt32(value);
+      return v >= static_cast<std::int32_t>(c.lower) && v <= static_cast<std::int32_t>(c.upper);
+    }
+    case kUnique: {
+      if (value.size() < 4) return 0;
+      std::uint32_t v = ValueUInt32(value);
+      return v >= c.lower && v <= c.upper;
+    }
+    case kFloat: return FloatTest(value, c);
+    case kPopUp: {
+      std::uint8_t stored[14] = {};
+      std::memcpy(stored, value.data(), value.size() < 14 ? value.size() : 14);
+      return std::memcmp(stored, c.first.data(), 14) == 0 ? 1 : 0;
+    }
+    case kCheckBox: return !value.empty() && value[0] == c.lower ? 1 : 0;
+    case kDate: {
+      if (value.size() < 4) return 0;
+      std::uint32_t v = ValueUInt32(value);
+      return v <= GetLE32(c.second.data()) && v >= GetLE32(c.first.data()) ? 1 : 0;
+    }
+    case kTime: {
+      if (value.size() < 3) return 0;
+      std::uint32_t v = GetLE24(value.data());
+      return v >= GetLE24(c.first.data()) && v <= GetLE24(c.second.data()) ? 1 : 0;
+    }
+    case kLinked:
+      if (value.size() < 25) return 0;
+      return TextTest(ValueText(value.subspan(24)), c);
+    case kCalculated: return CalculatedTest(field, value, c);
+    default: return 0;
+  }
+}
+
+int TestWithNot(const Database& db, const Condition& c, std::span<const std::uint8_t> record) {
+  int r = Test(db, c, record);
+  return (c.join & kJoinNot) ? 1 - (r > 0) : r;
+}
+
+int Evaluate(const Database& db, const Conditions& all, int first, int& last_used,
+             std::span<const std::uint8_t> record, bool top_level, bool nested) {
+  if (first >= kConditions) {
+    last_used = first - 1;
+    return -1;
+  }
+  int acc = -1;
+  int i = first;
+  while (i < kConditions) {
+    const Condition& c = all.c[i];
+    if (!c.in_use) {
+      ++i;
+      continue;
+    }
+    // The ")" bit closes the group before the condition that carries it; on purpose.
+    if (acc != -1 && nested && (c.group & kGroupClose)) break;
+    int r;
+    int used = i;
+    if (acc == -1 && !top_level) {
+      r = TestWithNot(db, c, record);
+    } else if (c.group & kGroupOpen) {
+      r = Evaluate(db, all, i, used, record, false, true);
+    } else {
+      r = TestWithNot(db, c, record);
+    }
+    if (acc == -1) acc = r;
+    else if (c.join & kJoinOr) acc = (acc > 0 || r > 0) ? 1 : 0;
+    else acc = (acc > 0 && r > 0) ? 1 : 0;
+    i = used + 1;
+  }
+  last_used = i - 1;
+  return acc;
+}
+
+bool AnyInUse(const Conditions& all) {
+  for (const Condition& c : all.c)
+    if (c.in_use) return true;
+  return false;
+}
+
+bool MatchesRestriction(const Database& db, std::span<const std::uint8_t> record) {
+  auto ref = LocateValue(record, db.restriction_field);
+  if (!ref || ref->length < 4) return false;
+  return GetLE32(record.data() + ref->offset) == db.restriction_key;
+}
+
+bool Passes(const Database& db, const Conditions& all, bool any_in_use, std::uint32_t number) {
+  if (number >= db.count()) return false;
+  const Bytes& record = db.records[number].data;
+  if (record.empty()) return false;
+  bool restricted = db.restriction_field >= 0;
+  if (!any_in_use && !restricted) return true;
+  if (restricted && !MatchesRestriction(db, record)) return false;
+  int last = 0;
+  return Evaluate(db, all, 0, last, record, true, false) != 0;
+}
+
+}  // namespace
+
+int TestCondition(const Database& db, int index, std::span<const std::uint8_t> record) {
+  if (index < 0 || index >= kConditions) return 0;
+  return Test(db, db.definition().condition(index), record);
+}
+
+int EvaluateConditions(const Database& db, int first, int& last_used,
+                       std::span<const std::uint8_t> record, bool top_level, bool nested) {
+  Conditions all(db);
+  return Evaluate(db, all, first < 0 ? 0 : first, last_used, record, top_level, nested);
+}
+
+bool FilterActive(const Database& db) {
+  return db.restriction_field >= 0 || AnyInUse(Conditions(db));
+}
+
+bool RecordPassesFilter(const Database& db, std::uint32_t number) {
+  Conditions all(db);
+  return Passes(db, all, AnyInUse(all), number);
+}
+
+void RebuildFilteredList(Database& db) {
+  Conditions all(db);
+  bool any = AnyInUse(all);
+  db.visible.clear();
+  for (std::uint32_t i = 0; i < db.count(); ++i)
+    if (Passes(db, all, any, i)) db.visible.push_back(i);
+}
+
+int StepPassingRecords(const Database& db, int position, int steps) {
+  Conditions all(db);
+  bool any = AnyInUse(all);
+  int count = static_cast<int>(db.count());
+  if (steps == 0)
+    return position >= 0 && Passes(db, all, any, static_cast<std::uint32_t>(position)) ? position : -1;
+  int direction = steps > 0 ? 1 : -1;
+  int remaining = steps > 0 ? steps : -steps;
+  int p = position < -1 ? -1 : (position > count ? count : position);
+  while (true) {
+    p += direction;
+    if (p < 0 || p >= count) return -1;
+    if (Passes(db, all, any, static_cast<std::uint32_t>(p)) && --remaining == 0) return p;
+  }
+}
+
+}  // namespace qv
