@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "processing/store.h"
+#include "security/protected_open.h"
 
 namespace qv::cli {
 
@@ -13,6 +14,14 @@ void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
   parser.addOption({"yes", "Answer yes to every question."});
   parser.addOption({"no", "Answer no to every question."});
   parser.addOption({"verbose", "Show progress texts."});
+  parser.addOption({"password-file",
+                    "Read the database's password from the first line of a file "
+                    "(or set QUORVANT_PASSWORD).",
+                    "file"});
+  parser.addOption({"new-password-file",
+                    "Read a new access password from a file "
+                    "(or set QUORVANT_NEW_PASSWORD).",
+                    "file"});
 }
 
 namespace {
@@ -38,6 +47,10 @@ void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
   if (parser.isSet("yes")) prompter.preset = CliPrompter::Preset::Yes;
   if (parser.isSet("no")) prompter.preset = CliPrompter::Preset::No;
   if (parser.isSet("verbose")) prompter.verbose = true;
+  if (parser.isSet("password-file"))
+    passwords.password_file = parser.value("password-file").toStdString();
+  if (parser.isSet("new-password-file"))
+    passwords.new_password_file = parser.value("new-password-file").toStdString();
 }
 
 bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
@@ -57,14 +70,25 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
 
 std::unique_ptr<Database> CliContext::Open(const std::string& path) {
   auto db = std::make_unique<Database>();
-  if (!LoadDatabase(*db, path, prompter)) return nullptr;
+  if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
   PositionOpenedDatabase(*db, prompter);
   return db;
 }
 
 bool CliContext::Save(Database& db) {
+  if (EncipherOnDatabaseClose(db, ui) == EncipherResult::kCancelled) {
+    Error("nothing was saved: the database is enciphered on close and no password was given");
+    return false;
+  }
   if (SaveDatabase(db, clock)) return true;
   prompter.message("ERROR:File could not be saved", "Update", Icon::Error);
+  return false;
+}
+
+bool CliContext::Allowed(const Database& db, int action) {
+  int access = CheckAccess(db.definition(), action, true, ui);
+  if (access == 1) return true;
+  if (access == 2) prompter.message(kNoSecurityAccess, kAccessDeniedCaption, Icon::Exclamation);
   return false;
 }
 

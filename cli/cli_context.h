@@ -6,10 +6,12 @@
 #include <memory>
 #include <string>
 
+#include "cli/cli_passwords.h"
 #include "cli/cli_prompter.h"
 #include "engine/database.h"
 #include "platform/locale.h"
 #include "platform/system_clock.h"
+#include "security/access.h"
 
 namespace qv::cli {
 
@@ -18,8 +20,12 @@ class CliContext {
   CliPrompter prompter;
   FormatOptions options;
   SystemClock clock;
+  CliPasswords passwords;
+  std::string password_buffer;  // the text last given to a password prompt
+  SecurityUi ui{prompter, passwords, password_buffer};
 
-  // Adds --date-format, --time-format, --decimal-comma, --yes, --no and --verbose; every
+  // Adds --date-format, --time-format, --decimal-comma, --yes, --no, --verbose,
+  // --password-file and --new-password-file; every
   // command's parser carries them so they may stand anywhere on the line.
   static void AddGlobalOptions(QCommandLineParser& parser);
   void ApplyGlobalOptions(const QCommandLineParser& parser);
@@ -31,8 +37,13 @@ class CliContext {
   // Opens a database for a command, with the access and password checks of the program;
   // nothing (the reason already reported) when it cannot be opened.
   std::unique_ptr<Database> Open(const std::string& path);
-  // Saves through a sibling file; reports "ERROR:File could not be saved" on failure.
+  // Saves through a sibling file; reports "ERROR:File could not be saved" on failure. A database
+  // in encryption mode 0 is enciphered first, under a password asked for then; when that is
+  // cancelled nothing is written.
   bool Save(Database& db);
+  // The access check of a guarded action; anything short of full permission (view only
+  // included) is refused with the system's message.
+  bool Allowed(const Database& db, int action);
 
   void Error(const std::string& text);  // "Error: text" on standard error
 };

@@ -25,5 +25,6 @@ struct Command {
 std::vector<Command> DatabaseCommands();  // info, list, new, check
 std::vector<Command> RecordCommands();    // add, set, delete
 std::vector<Command> ProcessingCommands();  // sort, filter, calc, recalc
+std::vector<Command> SecurityCommands();  // encrypt, decrypt, security
 
 }  // namespace qv::cli

@@ -11,7 +11,8 @@ namespace {
 
 std::vector<qv::cli::Command> AllCommands() {
   std::vector<qv::cli::Command> all;
-  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands, qv::cli::ProcessingCommands}) {
+  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands,
+                     qv::cli::ProcessingCommands, qv::cli::SecurityCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }

@@ -20,7 +20,8 @@ std::string Slurp(const std::string& path) {
 }
 }  // namespace
 
-QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input) {
+QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input,
+                   const std::map<std::string, std::string>& environment) {
   TempFolder io;
   std::string in_path = io.Path("in"), out_path = io.Path("out"), err_path = io.Path("err");
   std::ofstream(in_path, std::ios::binary) << input;
@@ -33,6 +34,9 @@ QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string&
     dup2(in, 0);
     dup2(out, 1);
     dup2(err, 2);
+    unsetenv("QUORVANT_PASSWORD");
+    unsetenv("QUORVANT_NEW_PASSWORD");
+    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     std::vector<char*> argv;
     std::string program = QVDB_PATH;
     argv.push_back(program.data());

@@ -1,6 +1,7 @@
 #pragma once
 // Runs the built qvdb with arguments and captures what it prints and its exit code.
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,10 @@ struct QvdbResult {
 };
 
 // Runs qvdb with these arguments (no shell involved); `input` is fed to standard input.
-QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input = "");
+// `environment` is added to qvdb's environment; the password variables are cleared first so
+// the caller's own never leak in.
+QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input = "",
+                   const std::map<std::string, std::string>& environment = {});
 
 // A fresh empty folder for one test's files, removed when the object goes away.
 class TempFolder {
