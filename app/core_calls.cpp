@@ -3,34 +3,35 @@
 #include "engine/format.h"
 #include "engine/record.h"
 #include "engine/text.h"
+#include "processing/filter.h"
+#include "processing/sort.h"
+#include "processing/store.h"
 
 namespace qv::app {
 
-void PositionOpenedDatabase(Workspace&, Database& db) {
-  // The stored index counts container records, so data record n is kept as n + 102.
-  std::uint32_t back = db.definition().return_record();
-  db.current = back >= kSchemaRecords && back - kSchemaRecords < db.count() ? back - kSchemaRecords : 0;
-  ShowAllRecords(db);
+void PositionOpenedDatabase(Workspace& workspace, Database& db) {
+  qv::PositionOpenedDatabase(db, workspace.prompter);
 }
 
-void RebuildList(Database& db) { ShowAllRecords(db); }
+void RebuildList(Database& db) { RebuildFilteredList(db); }
 
-bool CanSortFromList() { return false; }
+bool CanSortFromList() { return true; }
 
-void SortOnField(Workspace&, Database& db, int slot, bool forward) {
-  db.definition().set_sort_key(0, SortKey{slot, forward});
-  db.definition().set_sort_key(1, SortKey{});
-  db.definition().set_sort_key(2, SortKey{});
+void SortOnField(Workspace& workspace, Database& db, int slot, bool forward) {
+  workspace.prompter.busy(true);
+  SortOnColumn(db, slot, forward, workspace.prompter);
+  workspace.prompter.busy(false);
   db.changed = true;
-  RebuildList(db);
 }
 
-void StoreListEdit(Workspace&, Database& db, std::uint32_t number, int slot,
+void StoreListEdit(Workspace& workspace, Database& db, std::uint32_t number, int slot,
                    std::span<const std::uint8_t> value) {
   if (number >= db.count()) return;
-  db.records[number].data = ReplaceValue(db.records[number].data, db.definition(), slot, value);
+  RecordValues values = DecodeRecord(db.records[number].data);
+  values.Set(slot, Bytes(value.begin(), value.end()));
+  // The record moves to its place in sort order and dependent values follow.
+  if (auto placed = StoreRecordSorted(db, values, number, true, workspace.prompter)) db.current = *placed;
   db.changed = true;
-  RebuildList(db);
 }
 
 bool LookupMatches(const Database& db, std::uint32_t number, int slot, std::string_view text,

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "engine/database.h"
+#include "platform/prompter.h"
 
 namespace qv::app {
 
@@ -13,7 +14,7 @@ enum class DeleteScope { WithinFilter, OutsideFilter, All };
 // Link fields whose records hang on these).
 bool HasLinkedRecords(const Database& db);
 // Deletes the chosen set in one pass and brings the visible list and the current record up to
-// date. Returns how many records went.
-std::uint32_t DeleteRecordSet(Database& db, DeleteScope scope);
+// date, refreshing the values that depend on record position. Returns how many records went.
+std::uint32_t DeleteRecordSet(Database& db, DeleteScope scope, Prompter& prompter);
 
 }  // namespace qv::app

@@ -22,6 +22,7 @@ std::string FileFlows::Proposed() { return ProposedPath(s_.paths.DataFolder(), d
 bool FileFlows::SaveCurrent() {
   Database& d = db();
   Prompter& prompter = s_.workspace.prompter;
+  s_.access.EncipherOnClose(s_.workspace, d);
   prompter.busy(true);
   // Reopening puts the user back on this record.
   if (d.current < d.count())

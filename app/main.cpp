@@ -7,6 +7,8 @@
 #include "app/application.h"
 #include "app/gui_prompter.h"
 #include "app/launch_request.h"
+#include "app/password_dialog.h"
+#include "app/security_gate.h"
 #include "app/single_instance.h"
 #include "app/widget_dialogs.h"
 #include "platform/qt/qt_locale.h"
@@ -34,7 +36,8 @@ int main(int argc, char** argv) {
   qv::SystemClock clock;
   qv::app::GuiPrompter prompter;
   qv::app::WidgetDialogs dialogs;
-  qv::app::OpenAccessGate access;
+  qv::app::GuiPasswordPrompter passwords;
+  qv::app::SecurityAccessGate access(passwords);
   qv::app::NoFormatConverter converter;
   qv::app::NoNotificationHandler alarms;
   qv::app::Application application(qv::app::ApplicationServices{
@@ -44,6 +47,7 @@ int main(int argc, char** argv) {
 
   qv::app::MainWindow& window = application.CreateWindow();
   prompter.setParent(&window);
+  passwords.setParent(&window);
   dialogs.setParent(&window);
   prompter.setStatusSink([&window](const QString& text) {
     if (text.isEmpty()) window.statusBar()->clearMessage();

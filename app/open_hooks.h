@@ -29,9 +29,11 @@ class AccessGate {
   virtual bool UnlockLoaded(Workspace& workspace, Database& db) = 0;
   // The check every guarded command makes.
   virtual int CheckAccess(Workspace& workspace, Database& db, Guarded action, bool show_message) = 0;
+  // Just before a database is saved and closed: enciphers it when its settings say so.
+  virtual void EncipherOnClose(Workspace&, Database&) {}
 };
 
-// Every action open to everyone; in force until the security rules are wired in.
+// Every action open to everyone (batch work and tests; the program uses SecurityAccessGate).
 class OpenAccessGate : public AccessGate {
  public:
   bool AllowOpen(Workspace&, Database&) override { return true; }

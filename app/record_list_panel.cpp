@@ -259,7 +259,7 @@ void RecordListPanel::DeleteRecords() {
                             Buttons::YesNo, Icon::Question);
   }
   workspace_.prompter.busy(true);
-  DeleteRecordSet(db, *scope);
+  DeleteRecordSet(db, *scope, workspace_.prompter);
   workspace_.prompter.busy(false);
   Refresh();
 }

@@ -8,6 +8,7 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 
+#include "app/commands.h"
 #include "app/main_window.h"
 #include "engine/format.h"
 #include "engine/text.h"
@@ -149,6 +150,26 @@ void BM_RefreshList(benchmark::State& state) {
   f.workspace.Reset();
 }
 BENCHMARK(BM_RefreshList)->Unit(benchmark::kMillisecond);
+
+// "Sort Reverse" then "Sort Forward" from the column menu on the Item column, each to the
+// repainted list.
+void BM_SortByColumn(benchmark::State& state) {
+  Fixture& f = Shared();
+  qv::app::MainWindow window(f.context());
+  window.resize(920, 600);
+  window.flows().OpenDatabaseFile(f.path);
+  window.show();
+  bool forward = false;
+  for (auto _ : state) {
+    window.panel()->RunColumnCommand(0, forward ? qv::app::command::kSortForward
+                                                : qv::app::command::kSortReverse);
+    QPixmap frame = window.panel()->view()->viewport()->grab();
+    benchmark::DoNotOptimize(frame);
+    forward = !forward;
+  }
+  f.workspace.Reset();
+}
+BENCHMARK(BM_SortByColumn)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

@@ -192,17 +192,18 @@ class AppRulesTest : public QObject {
 
   void deleteWithinOutsideAndAll() {
     auto db = test::SampleDatabase();
+    test::ScriptedPrompter prompter;
     db->visible = {1, 3};  // as a filter would leave them
     db->current = 2;
-    QCOMPARE(DeleteRecordSet(*db, DeleteScope::OutsideFilter), 2u);
+    QCOMPARE(DeleteRecordSet(*db, DeleteScope::OutsideFilter, prompter), 2u);
     QCOMPARE(RecordValueText(*db, 0, 0, {}), std::string("banana"));
     QCOMPARE(RecordValueText(*db, 1, 0, {}), std::string("apricot"));
     QVERIFY(db->changed);
     QCOMPARE(db->current, 0u);  // the record before the deleted current one
     db->visible = {1};
-    QCOMPARE(DeleteRecordSet(*db, DeleteScope::WithinFilter), 1u);
+    QCOMPARE(DeleteRecordSet(*db, DeleteScope::WithinFilter, prompter), 1u);
     QCOMPARE(db->count(), 1u);
-    QCOMPARE(DeleteRecordSet(*db, DeleteScope::All), 1u);
+    QCOMPARE(DeleteRecordSet(*db, DeleteScope::All, prompter), 1u);
     QCOMPARE(db->count(), 0u);
     QVERIFY(db->visible.empty());
   }

@@ -5,6 +5,10 @@
 
 #include "app/file_flows.h"
 #include "app/recent_files.h"
+#include "app/security_gate.h"
+#include "security/access.h"
+#include "security/settings.h"
+#include "tests/support/scripted_passwords.h"
 #include "tests/app/app_fakes.h"
 
 using namespace qv;
@@ -150,6 +154,31 @@ class FileFlowsTest : public QObject {
     f.access.allow_open = false;
     QVERIFY(!f.flows.OpenDatabaseFile(path));
     QVERIFY(!f.ws.has_open_database());
+  }
+
+  void passwordGuardedDatabaseOpensOnlyWithThePassword() {
+    Flows f;
+    auto db = test::SampleDatabase("Locked");
+    SetAccess(db->definition(), kOpenDatabase, kPasswordRequired);
+    SetAccessPassword(db->definition(), "pw");
+    std::string path = f.Write(std::move(db), "L.PDB");
+    test::ScriptedPasswords passwords;
+    SecurityAccessGate gate(passwords);
+    FileFlows flows{FlowServices{f.ws, f.paths, f.dialogs, gate, f.converter}};
+    passwords.Type(std::nullopt);
+    QVERIFY(!flows.OpenDatabaseFile(path));
+    QVERIFY(!f.ws.has_open_database());
+    passwords.Type("wrong").Type("pw");
+    QVERIFY(flows.OpenDatabaseFile(path));
+    QCOMPARE(f.prompter.Messages().back(), std::string("Invalid Password"));
+    QCOMPARE(f.ws.current().name, std::string("Locked"));
+    // Refused outright: the access message and nothing opened.
+    SetAccess(f.ws.current().definition(), kOpenDatabase, kNoAccess);
+    f.ws.current().changed = true;
+    QCOMPARE(flows.CloseAll(false, true), kCloseDone);
+    QVERIFY(!flows.OpenDatabaseFile(path));
+    QCOMPARE(f.prompter.Messages().back(), std::string("Action Not Allowed for this Database!"));
+    QCOMPARE(f.prompter.calls().back().caption, std::string("ACCESS DENIED"));
   }
 
   void firstDatabaseFromLastFileUsed() {

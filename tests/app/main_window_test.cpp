@@ -194,6 +194,26 @@ class MainWindowTest : public QObject {
     QCOMPARE(db.current, 2u);
   }
 
+  void columnMenuSortsForwardAndReverse() {
+    auto h = StartedOn(test::SampleDatabase("Fruit"));
+    RecordListPanel* panel = h->application.window().panel();
+    panel->RunColumnCommand(0, command::kSortReverse);
+    QCOMPARE(CellText(*h, 0, 0), std::string("cherry"));
+    QCOMPARE(CellText(*h, 3, 0), std::string("apple"));
+    Database& db = h->application.workspace().current();
+    QCOMPARE(db.definition().sort_key(0).field, 0);
+    QVERIFY(!db.definition().sort_key(0).forward);
+    QCOMPARE(db.definition().sort_key(1).field, -1);
+    QCOMPARE(h->application.window().windowTitle(), QString("Fruit* (4/4)"));
+    panel->RunColumnCommand(1, command::kSortForward);  // Qty 3, 5, 7, 9
+    QCOMPARE(CellText(*h, 0, 0), std::string("apple"));
+    QCOMPARE(CellText(*h, 3, 0), std::string("apricot"));
+    // An edit in the list keeps the sort: apple's Qty stays, its check box toggles in place.
+    panel->Tap(0, 2);
+    QCOMPARE(CellText(*h, 0, 0), std::string("apple"));
+    QCOMPARE(db.current, 0u);
+  }
+
   void runReportRefusesOtherFieldTypes() {
     auto h = StartedOn(test::SampleDatabase());
     RecordListPanel* panel = h->application.window().panel();
