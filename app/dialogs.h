@@ -1,0 +1,38 @@
+#pragma once
+// Every screen the main window opens, behind one interface: the widgets in production, scripted
+// answers under tests.
+
+#include <QRect>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/delete_records.h"
+#include "app/file_dialogs.h"
+#include "engine/format.h"
+#include "engine/workspace.h"
+
+namespace qv::app {
+
+struct TimeOfDay {
+  int hours = 0;  // 255 = no time
+  int minutes = 0;
+  int seconds = 0;
+};
+
+class Dialogs : public FileDialogs {
+ public:
+  // The Preferences dialog on a copy; true and the new values on OK.
+  virtual bool EditPreferences(Preferences& preferences) = 0;
+  virtual std::optional<DeleteScope> AskDeleteScope() = 0;
+  // In-list choosers opened over the tapped cell (`cell` in screen coordinates). Texts UTF-8.
+  virtual std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items,
+                                                     const std::string& current, const QRect& cell) = 0;
+  virtual std::optional<Dmy> ChooseDate(const Dmy& current, const QRect& cell) = 0;
+  virtual std::optional<TimeOfDay> ChooseTime(const TimeOfDay& current, const QRect& cell) = 0;
+  virtual void ShowAbout() = 0;
+  // Whether a record is open in the record editor (an alarm must not replace it then).
+  virtual bool IsRecordOpen() const = 0;
+};
+
+}  // namespace qv::app

@@ -1,0 +1,63 @@
+// quorvant: the desktop program.
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QStatusBar>
+
+#include "app/application.h"
+#include "app/gui_prompter.h"
+#include "app/launch_request.h"
+#include "app/password_dialog.h"
+#include "app/security_gate.h"
+#include "app/single_instance.h"
+#include "app/widget_dialogs.h"
+#include "platform/qt/qt_locale.h"
+#include "platform/qt/qt_paths.h"
+#include "platform/qt/qt_settings.h"
+#include "platform/system_clock.h"
+
+int main(int argc, char** argv) {
+  QApplication qt(argc, argv);
+  QApplication::setApplicationName("Quorvant");
+  QApplication::setApplicationVersion("3.0");
+
+  std::vector<std::string> arguments;
+  for (const QString& a : QApplication::arguments().mid(1)) arguments.push_back(a.toStdString());
+  qv::QtPaths paths;
+  qv::app::LaunchRequest request = qv::app::ParseLaunch(arguments);
+  if (request.kind == qv::app::LaunchRequest::OpenFile)
+    request.path = QFileInfo(QString::fromStdString(request.path)).absoluteFilePath().toStdString();
+  qv::app::SingleInstance instance(
+      qv::app::SingleInstance::ServerName(QString::fromStdString(paths.DataFolder())));
+  if (instance.HandOff(QString::fromStdString(qv::app::LaunchText(request)))) return 0;
+  instance.Listen();
+
+  qv::QtSettings settings;
+  qv::SystemClock clock;
+  qv::app::GuiPrompter prompter;
+  qv::app::WidgetDialogs dialogs;
+  qv::app::GuiPasswordPrompter passwords;
+  qv::app::SecurityAccessGate access(passwords);
+  qv::app::NoFormatConverter converter;
+  qv::app::NoNotificationHandler alarms;
+  qv::app::Application application(qv::app::ApplicationServices{
+      settings, paths, clock, prompter, dialogs, access, converter, alarms});
+  application.workspace().options = qv::SystemFormatOptions(&settings);
+  dialogs.setWorkspace(&application.workspace());
+
+  qv::app::MainWindow& window = application.CreateWindow();
+  prompter.setParent(&window);
+  passwords.setParent(&window);
+  dialogs.setParent(&window);
+  prompter.setStatusSink([&window](const QString& text) {
+    if (text.isEmpty()) window.statusBar()->clearMessage();
+    else window.statusBar()->showMessage(text);
+  });
+  QObject::connect(&instance, &qv::app::SingleInstance::received, &window,
+                   &qv::app::MainWindow::HandleLaunchText);
+  application.Start(arguments);
+  int result = QApplication::exec();
+  application.Shutdown();
+  settings.sync();
+  return result;
+}

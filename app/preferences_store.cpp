@@ -1,0 +1,29 @@
+#include "app/preferences_store.h"
+
+namespace qv::app {
+
+namespace {
+bool ReadFlag(const Settings& settings, const char* key, bool fallback) {
+  return ReadIntSetting(settings, key, fallback ? 1 : 0) != 0;
+}
+}  // namespace
+
+Preferences ReadPreferences(const Settings& settings) {
+  Preferences p;
+  p.auto_save = ReadFlag(settings, "AutoSave", p.auto_save);
+  p.auto_sip = ReadFlag(settings, "AutoSIP", p.auto_sip);
+  p.allow_checks = ReadFlag(settings, "AllowChecks", p.allow_checks);
+  p.allow_popups = ReadFlag(settings, "AllowPopups", p.allow_popups);
+  p.allow_date_time = ReadFlag(settings, "AllowDateTime", p.allow_date_time);
+  return p;
+}
+
+void WritePreferences(Settings& settings, const Preferences& p) {
+  WriteIntSetting(settings, "AutoSave", p.auto_save);
+  WriteIntSetting(settings, "AutoSIP", p.auto_sip);
+  WriteIntSetting(settings, "AllowChecks", p.allow_checks);
+  WriteIntSetting(settings, "AllowPopups", p.allow_popups);
+  WriteIntSetting(settings, "AllowDateTime", p.allow_date_time);
+}
+
+}  // namespace qv::app

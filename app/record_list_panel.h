@@ -1,0 +1,64 @@
+#pragma once
+// The main window's content: the record-count label and the views drop-down above the record
+// list, and what taps, typing, column drags and the column menu do to the current database.
+
+#include <QWidget>
+
+#include "app/dialogs.h"
+#include "app/open_hooks.h"
+#include "app/record_list_model.h"
+#include "app/record_list_view.h"
+#include "app/type_ahead.h"
+
+class QComboBox;
+class QLabel;
+
+namespace qv::app {
+
+class RecordListPanel : public QWidget {
+  Q_OBJECT
+ public:
+  RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access, QWidget* parent = nullptr);
+
+  // Rebuilds columns and rows, selects the current record and updates the label.
+  void Refresh();
+  // A tap on a cell of the list.
+  void Tap(int row, int column);
+  // The column menu's commands (1300..1305) for the field of `column`.
+  void RunColumnCommand(int column, int command);
+  // "Delete Records..." from the Actions menu.
+  void DeleteRecords();
+  // Selects the record's row and scrolls it into view.
+  void SelectRecord(std::uint32_t number);
+
+  RecordListView* view() const { return view_; }
+  RecordListModel* model() const { return model_; }
+  QLabel* countLabel() const { return count_; }
+  const TypeAhead& typeAhead() const { return type_ahead_; }
+
+ signals:
+  // The database changed (title and counts must be updated).
+  void databaseChanged();
+
+ private:
+  void ShowColumnMenu(int column);
+  void ColumnResized(int column, int new_size);
+  void Typed(QChar c);
+  void Erased();
+  void ApplyTypeAhead(std::optional<std::uint32_t> found);
+  bool EditInList(Database& db, std::uint32_t number, int slot, const QRect& cell);
+  QRect CellRect(int row, int column) const;
+  void FillViews();
+
+  Workspace& workspace_;
+  Dialogs& dialogs_;
+  AccessGate& access_;
+  QLabel* count_;
+  QComboBox* views_;
+  RecordListView* view_;
+  RecordListModel* model_;
+  TypeAhead type_ahead_;
+  bool refreshing_ = false;
+};
+
+}  // namespace qv::app

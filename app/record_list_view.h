@@ -1,0 +1,23 @@
+#pragma once
+// The record list widget: a table with fixed row heights (so long lists scroll without measuring
+// rows) that hands typed characters to the type-ahead search.
+
+#include <QTableView>
+
+namespace qv::app {
+
+class RecordListView : public QTableView {
+  Q_OBJECT
+ public:
+  explicit RecordListView(QWidget* parent = nullptr);
+
+ signals:
+  // A letter, digit, blank or punctuation character typed into the list.
+  void characterTyped(QChar c);
+  void backspaceTyped();
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
+};
+
+}  // namespace qv::app

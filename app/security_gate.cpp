@@ -1,0 +1,30 @@
+#include "app/security_gate.h"
+
+#include "security/access.h"
+#include "security/protected_open.h"
+
+namespace qv::app {
+
+bool SecurityAccessGate::AllowOpen(Workspace& workspace, Database& db) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  return CheckOpenAccess(db.definition(), ui);
+}
+
+bool SecurityAccessGate::UnlockLoaded(Workspace& workspace, Database& db) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  return UnlockEncipheredDatabase(db, ui);
+}
+
+int SecurityAccessGate::CheckAccess(Workspace& workspace, Database& db, Guarded action,
+                                    bool show_message) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  return qv::CheckAccess(db.definition(), static_cast<int>(action), show_message, ui);
+}
+
+void SecurityAccessGate::EncipherOnClose(Workspace& workspace, Database& db) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  // A cancelled prompt leaves the database plain, as the user chose.
+  EncipherOnDatabaseClose(db, ui);
+}
+
+}  // namespace qv::app

@@ -1,0 +1,125 @@
+#include "app/widget_dialogs.h"
+
+#include <QFileDialog>
+#include <QMenu>
+
+#include "app/about_dialog.h"
+#include "app/date_chooser.h"
+#include "app/delete_records_dialog.h"
+#include "app/new_database_dialog.h"
+#include "app/preferences_dialog.h"
+#include "app/record_view_dialog.h"
+#include "app/start_chooser_dialog.h"
+#include "app/time_chooser.h"
+
+namespace qv::app {
+
+namespace {
+
+const char kFilter[] = "Quorvant Files (*.pdb *.PDB);;All Files (*)";
+
+std::optional<std::string> RunFileDialog(QWidget* parent, QFileDialog::AcceptMode mode,
+                                         const std::string& start) {
+  QFileDialog dialog(parent, mode == QFileDialog::AcceptOpen ? QObject::tr("Open") : QObject::tr("Save As"));
+  dialog.setAcceptMode(mode);
+  dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+  dialog.setNameFilter(kFilter);
+  dialog.setDefaultSuffix("PDB");
+  QFileInfo info(QString::fromStdString(start));
+  if (mode == QFileDialog::AcceptOpen) {
+    dialog.setDirectory(info.isDir() ? info.absoluteFilePath() : info.absolutePath());
+  } else {
+    dialog.setDirectory(info.absolutePath());
+    dialog.selectFile(info.fileName());
+  }
+  if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return std::nullopt;
+  return dialog.selectedFiles().first().toStdString();
+}
+
+// Places a small chooser just below the tapped cell, kept on the screen.
+void PlaceAt(QWidget* dialog, const QRect& cell) {
+  if (cell.isNull()) return;
+  dialog->adjustSize();
+  dialog->move(cell.bottomLeft());
+}
+
+}  // namespace
+
+std::optional<std::string> WidgetDialogs::AskOpenPath(const std::string& folder) {
+  return RunFileDialog(parent_, QFileDialog::AcceptOpen, folder);
+}
+
+std::optional<std::string> WidgetDialogs::AskSavePath(const std::string& proposed) {
+  return RunFileDialog(parent_, QFileDialog::AcceptSave, proposed);
+}
+
+StartChoice WidgetDialogs::ChooseStart(const std::vector<RecentEntry>& entries) {
+  StartChooserDialog dialog(entries, parent_);
+  if (dialog.exec() != QDialog::Accepted) return {};
+  return dialog.choice();
+}
+
+bool WidgetDialogs::DefineNewDatabase(Database& db) {
+  NewDatabaseDialog dialog(parent_);
+  dialog.setTarget(&db);
+  return dialog.exec() == QDialog::Accepted;
+}
+
+bool WidgetDialogs::OpenRecord(Database& db, std::uint32_t number, bool) {
+  if (number >= db.count()) return false;
+  record_open_ = true;
+  RecordViewDialog dialog(db, number, workspace_ ? workspace_->options : FormatOptions{}, parent_);
+  dialog.exec();
+  record_open_ = false;
+  return false;
+}
+
+bool WidgetDialogs::EditPreferences(Preferences& preferences) {
+  PreferencesDialog dialog(preferences, parent_);
+  if (dialog.exec() != QDialog::Accepted) return false;
+  preferences = dialog.values(preferences);
+  return true;
+}
+
+std::optional<DeleteScope> WidgetDialogs::AskDeleteScope() {
+  DeleteRecordsDialog dialog(parent_);
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return dialog.scope();
+}
+
+std::optional<std::string> WidgetDialogs::ChoosePopupItem(const std::vector<std::string>& items,
+                                                          const std::string& current, const QRect& cell) {
+  if (items.empty()) return std::nullopt;
+  QMenu menu(parent_);
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    // "&" would otherwise mark a shortcut letter.
+    QAction* action = menu.addAction(QString::fromStdString(items[i]).replace("&", "&&"));
+    action->setData(static_cast<int>(i));
+    action->setCheckable(true);
+    action->setChecked(items[i] == current);
+  }
+  QAction* chosen = menu.exec(cell.bottomLeft());
+  if (!chosen) return std::nullopt;
+  return items[static_cast<std::size_t>(chosen->data().toInt())];
+}
+
+std::optional<Dmy> WidgetDialogs::ChooseDate(const Dmy& current, const QRect& cell) {
+  DateChooser dialog(current, parent_);
+  PlaceAt(&dialog, cell);
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return dialog.date();
+}
+
+std::optional<TimeOfDay> WidgetDialogs::ChooseTime(const TimeOfDay& current, const QRect& cell) {
+  TimeChooser dialog(current, parent_);
+  PlaceAt(&dialog, cell);
+  if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+  return dialog.time();
+}
+
+void WidgetDialogs::ShowAbout() {
+  AboutDialog dialog(parent_);
+  dialog.exec();
+}
+
+}  // namespace qv::app

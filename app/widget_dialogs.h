@@ -1,0 +1,37 @@
+#pragma once
+// The production screens: each request opens its dialog class modally over the main window.
+
+#include <QPointer>
+#include <QWidget>
+
+#include "app/dialogs.h"
+
+namespace qv::app {
+
+class WidgetDialogs : public Dialogs {
+ public:
+  void setParent(QWidget* parent) { parent_ = parent; }
+  // Where the record view takes its format options from.
+  void setWorkspace(const Workspace* workspace) { workspace_ = workspace; }
+
+  std::optional<std::string> AskOpenPath(const std::string& folder) override;
+  std::optional<std::string> AskSavePath(const std::string& proposed) override;
+  StartChoice ChooseStart(const std::vector<RecentEntry>& entries) override;
+  bool DefineNewDatabase(Database& db) override;
+  bool OpenRecord(Database& db, std::uint32_t number, bool view_only) override;
+  bool EditPreferences(Preferences& preferences) override;
+  std::optional<DeleteScope> AskDeleteScope() override;
+  std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items,
+                                             const std::string& current, const QRect& cell) override;
+  std::optional<Dmy> ChooseDate(const Dmy& current, const QRect& cell) override;
+  std::optional<TimeOfDay> ChooseTime(const TimeOfDay& current, const QRect& cell) override;
+  void ShowAbout() override;
+  bool IsRecordOpen() const override { return record_open_; }
+
+ private:
+  const Workspace* workspace_ = nullptr;
+  QPointer<QWidget> parent_;
+  bool record_open_ = false;
+};
+
+}  // namespace qv::app
