@@ -104,10 +104,8 @@ bool SaveDatabase(Database& db, const Clock& clock) {
   return result == WriteResult::Written;
 }
 
-namespace {
-
 // Identifiers only need to differ; one past the largest in use, found once per open database.
-std::uint32_t NextUid(Database& db) {
+std::uint32_t TakeRecordUid(Database& db) {
   if (db.next_uid == 0) {
     std::uint32_t uid = kSchemaRecords;
     for (const RecordSlot& r : db.records) uid = std::max(uid, r.uid);
@@ -115,6 +113,8 @@ std::uint32_t NextUid(Database& db) {
   }
   return db.next_uid++ & 0xFFFFFF;
 }
+
+namespace {
 
 Bytes DefaultValue(const Database& db, int slot) {
   switch (db.definition().field(slot).type()) {
@@ -156,7 +156,7 @@ std::optional<std::uint32_t> StoreRecord(Database& db, const RecordValues& value
   if (number == kNewRecord || number >= db.count()) {
     if (db.count() >= kMaxDataRecords) return std::nullopt;
     RecordSlot slot;
-    slot.uid = NextUid(db);
+    slot.uid = TakeRecordUid(db);
     db.records.push_back(std::move(slot));
     number = db.count() - 1;
   }

@@ -79,6 +79,9 @@ std::uint32_t FileTimeNow(const Clock& clock);
 // next free number in every Unique field.
 RecordValues DefaultValues(const Database& db);
 
+// Takes the identifier for a new record: one past the largest in use.
+std::uint32_t TakeRecordUid(Database& db);
+
 // Stores edited values as record `number`, or appends them for kNewRecord. Returns the record's
 // number, or nothing when the table is full (65,000 records).
 std::optional<std::uint32_t> StoreRecord(Database& db, const RecordValues& values,

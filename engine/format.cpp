@@ -145,36 +145,56 @@ std::string FormatDuration(long seconds) {
 
 std::string FormatDecimal(double value, int decimals, bool decimal_comma) {
   decimals = std::clamp(decimals, 0, 20);
-  std::string precision = StringPrintf("12.%d", decimals);
-  std::string format = StringPrintf("%%%sf", precision.c_str());
-  std::string out = StringPrintf(format.c_str(), value);
+  // The format the original builds in two steps ("12.%d", then "%%%sf"): width 12, N decimals.
+  std::string out = StringPrintf("%12.*f", decimals, value);
   out.erase(0, out.find_first_not_of(' '));
   if (decimal_comma) std::replace(out.begin(), out.end(), '.', ',');
   return out;
 }
 
 std::optional<Dmy> ParseDate(std::string_view text, const Locale& locale) {
-  std::string trimmed(text);
-  trimmed.erase(0, trimmed.find_first_not_of(' '));
-  trimmed.erase(trimmed.find_last_not_of(' ') + 1);
-  if (trimmed.empty() || EqualsNoCase(trimmed, "NO DATE")) return Dmy{};
+  std::size_t first = text.find_first_not_of(' ');
+  text = first == std::string_view::npos ? std::string_view() : text.substr(first);
+  text = text.substr(0, text.find_last_not_of(' ') + 1);
+  if (text.empty() || EqualsNoCase(text, "NO DATE")) return Dmy{};
   char sep = locale.date_separator.empty() ? '/' : locale.date_separator[0];
-  std::vector<std::string> order = SplitTokens(locale.short_date, sep, 10);
-  if (order.size() != 3) order = {"M", "d", "yyyy"};
-  std::string normalized = trimmed;
-  for (char& c : normalized)
-    if (c == '/' || c == '.' || c == '-') c = sep;
-  std::vector<std::string> parts = SplitTokens(normalized, sep, 16);
-  if (parts.size() != 3) return std::nullopt;
+  // What each of the pattern's three tokens holds, by its first letter.
+  char order[3] = {'m', 'd', 'y'};
+  char letters[3] = {' ', ' ', ' '};
+  int tokens = 1;
+  bool token_start = true;
+  for (char c : locale.short_date) {
+    if (c == sep) {
+      ++tokens;
+      token_start = true;
+      continue;
+    }
+    if (token_start && tokens <= 3) letters[tokens - 1] = LowerAscii(c);
+    token_start = false;
+  }
+  if (tokens == 3) std::copy(letters, letters + 3, order);
+  // Three numbers; any of / . - separates them as well as the locale's separator.
+  int numbers[3] = {0, 0, 0};
+  int digits[3] = {0, 0, 0};
+  int part = 0;
+  for (char c : text) {
+    if (c == sep || c == '/' || c == '.' || c == '-') {
+      if (++part > 2) return std::nullopt;
+    } else if (c >= '0' && c <= '9') {
+      if (++digits[part] > 6) return std::nullopt;
+      numbers[part] = numbers[part] * 10 + (c - '0');
+    } else if (c != ' ') {
+      return std::nullopt;
+    }
+  }
+  if (part != 2) return std::nullopt;
   Dmy date{0, 0, 0};
   for (int i = 0; i < 3; ++i) {
-    const std::string& p = parts[i];
-    if (p.empty() || p.find_first_not_of("0123456789 ") != std::string::npos) return std::nullopt;
-    int n = std::atoi(p.c_str());
-    char kind = LowerAscii(order[i].empty() ? ' ' : order[i][0]);
-    if (kind == 'd') date.day = n;
-    else if (kind == 'm') date.month = n;
-    else if (kind == 'y') date.year = p.size() <= 2 ? (n < 50 ? 2000 + n : 1900 + n) : n;
+    if (digits[i] == 0) return std::nullopt;
+    int n = numbers[i];
+    if (order[i] == 'd') date.day = n;
+    else if (order[i] == 'm') date.month = n;
+    else if (order[i] == 'y') date.year = digits[i] <= 2 ? (n < 50 ? 2000 + n : 1900 + n) : n;
     else return std::nullopt;
   }
   if (date.year < 1904 || date.year > 9999 || date.month < 1 || date.month > 12 ||

@@ -62,8 +62,13 @@ Bytes RecordPrefix(const DatabaseDefinition& definition, const Bytes& prefix) {
 Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& values) {
   Bytes out = RecordPrefix(definition, values.prefix);
   int last_used = -1;
-  for (int slot = 0; slot < kFieldSlots; ++slot)
-    if (definition.field(slot).used()) last_used = slot;
+  std::size_t size = out.size() + 2;
+  for (int slot = 0; slot < kFieldSlots; ++slot) {
+    if (!definition.field(slot).used()) continue;
+    last_used = slot;
+    size += 2 + values.values[slot].size();
+  }
+  out.reserve(size + 2 * static_cast<std::size_t>(last_used + 1));
   for (int slot = 0; slot < kFieldSlots; ++slot) {
     if (!definition.field(slot).used()) {
       if (slot > last_used) {

@@ -64,12 +64,6 @@ std::array<std::uint32_t, kFieldSlots> NextUniqueNumbers(const Database& db) {
   return next;
 }
 
-std::uint32_t NextUid(const Database& db) {
-  std::uint32_t uid = kSchemaRecords;
-  for (const RecordSlot& r : db.records) uid = std::max(uid, r.uid);
-  return uid + 1;
-}
-
 // Why a cell was refused, in words a user can act on.
 std::string RefusalReason(ConstFieldDefinition field, const std::string& stored) {
   std::string shown = Cp1252ToUtf8(stored);
@@ -189,7 +183,6 @@ class RowImporter {
         prompter_(prompter),
         defaults_(DefaultValues(db)),
         next_unique_(NextUniqueNumbers(db)),
-        uid_(NextUid(db)),
         old_count_(db.count()),
         values_(defaults_) {
     result_.ok = true;
@@ -219,7 +212,7 @@ class RowImporter {
     std::string reason;
     if (!ReadValues(row, reason)) return Refuse(row, reason);
     // Appended here; the sort order is restored once for all rows in Finish.
-    db_.records.push_back({EncodeRecord(d_, values_), uid_++ & 0xFFFFFF, 0});
+    db_.records.push_back({EncodeRecord(d_, values_), TakeRecordUid(db_), 0});
     ++result_.imported;
     return true;
   }
@@ -280,7 +273,6 @@ class RowImporter {
   Prompter& prompter_;
   const RecordValues defaults_;
   std::array<std::uint32_t, kFieldSlots> next_unique_;
-  std::uint32_t uid_;
   const std::uint32_t old_count_;
   RecordValues values_;
   std::vector<int> unique_slots_;
