@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFileInfo>
 #include <QStatusBar>
+#include <clocale>
 
 #include "app/application.h"
 #include "app/gui_prompter.h"
@@ -18,6 +19,8 @@
 
 int main(int argc, char** argv) {
   QApplication qt(argc, argv);
+  // Qt set the C library's locale from the environment; stored numbers always use ".".
+  std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("Quorvant");
   QApplication::setApplicationVersion("3.0");
 
