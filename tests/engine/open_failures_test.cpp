@@ -6,6 +6,8 @@
 #include <fstream>
 #include <random>
 
+#include <unistd.h>
+
 #include "engine/database.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
@@ -32,7 +34,9 @@ struct Outcome {
 };
 
 Outcome Open(const Bytes& image) {
-  auto path = std::filesystem::temp_directory_path() / "qv-open-failure.PDB";
+  // One file per test process: ctest runs the cases side by side.
+  auto path = std::filesystem::temp_directory_path() /
+              ("qv-open-failure-" + std::to_string(::getpid()) + ".PDB");
   std::ofstream(path, std::ios::binary)
       .write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
   Database db;
