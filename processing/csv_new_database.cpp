@@ -112,6 +112,10 @@ void DefineField(FieldDefinition field, const ColumnSpec& spec,
   field.set_length(spec.length ? *spec.length : length);
   if (type == kFloat)
     field.settings()[0] = static_cast<std::uint8_t>(DecimalsOf(cells, options.decimal_comma));
+  // A list column wide enough for the name and typical values (about 7 pixels a character,
+  // stored as two thirds of the pixels), never narrower than the default.
+  std::size_t shown = std::max(spec.name.size(), std::min<std::size_t>(longest, 28));
+  field.set_width(static_cast<unsigned>(std::max<std::size_t>(58, (shown * 7 + 12) * 2 / 3)));
 }
 
 }  // namespace
