@@ -8,13 +8,6 @@
 namespace qv::test {
 namespace {
 
-std::string Slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-
 class QvdbExchangeTest : public ::testing::Test {
  protected:
   std::string Write(const std::string& name, const std::string& text) {

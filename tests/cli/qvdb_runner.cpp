@@ -11,15 +11,6 @@
 
 namespace qv::test {
 
-namespace {
-std::string Slurp(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream s;
-  s << in.rdbuf();
-  return s.str();
-}
-}  // namespace
-
 QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input,
                    const std::map<std::string, std::string>& environment) {
   TempFolder io;
@@ -54,15 +45,5 @@ QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string&
   return result;
 }
 
-TempFolder::TempFolder() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "qvtest-XXXXXX").string();
-  char* made = mkdtemp(pattern.data());
-  path_ = made ? made : pattern;
-}
-
-TempFolder::~TempFolder() {
-  std::error_code ec;
-  std::filesystem::remove_all(path_, ec);
-}
 
 }  // namespace qv::test

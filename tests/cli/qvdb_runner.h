@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temp_files.h"
+
 namespace qv::test {
 
 struct QvdbResult {
@@ -18,17 +20,5 @@ struct QvdbResult {
 // the caller's own never leak in.
 QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input = "",
                    const std::map<std::string, std::string>& environment = {});
-
-// A fresh empty folder for one test's files, removed when the object goes away.
-class TempFolder {
- public:
-  TempFolder();
-  ~TempFolder();
-  std::string Path(const std::string& name) const { return path_ + "/" + name; }
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 }  // namespace qv::test

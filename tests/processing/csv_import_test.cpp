@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "processing/csv_new_database.h"
-#include "tests/processing/test_files.h"
+#include "tests/support/temp_files.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
 

@@ -5,7 +5,7 @@
 #include "processing/csv_export.h"
 #include "processing/csv_import.h"
 #include "processing/csv_reader.h"
-#include "tests/processing/test_files.h"
+#include "tests/support/temp_files.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
 
@@ -55,7 +55,7 @@ class CsvExportTest : public ::testing::Test {
     EXPECT_EQ(ExportCsv(db, o, path, EuropeanOptions(), prompter_), expected_result);
     return Slurp(path);
   }
-  TestFolder folder_;
+  TempFolder folder_;
   ScriptedPrompter prompter_;
 };
 

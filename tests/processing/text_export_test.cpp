@@ -2,7 +2,7 @@
 
 #include "processing/json_export.h"
 #include "processing/record_text.h"
-#include "tests/processing/test_files.h"
+#include "tests/support/temp_files.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
 
@@ -42,7 +42,7 @@ TEST(RecordTextTest, LinkFieldsAreLeftToTheLinkedRecordsWriter) {
 }
 
 TEST(RecordTextTest, TextExportWritesFilteredOrCurrentRecordsAndSaysSo) {
-  TestFolder folder;
+  TempFolder folder;
   ScriptedPrompter prompter;
   auto db = DatabaseBuilder()
                 .Field("Name", kText)

@@ -10,17 +10,18 @@
 
 namespace qv::test {
 
-class TestFolder {
+class TempFolder {
  public:
-  TestFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "qvproc-XXXXXX").string();
+  TempFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "qvtest-XXXXXX").string();
     path_ = mkdtemp(pattern.data()) ? pattern : std::string();
   }
-  ~TestFolder() {
+  ~TempFolder() {
     std::error_code ec;
     if (!path_.empty()) std::filesystem::remove_all(path_, ec);
   }
   std::string Path(const std::string& name) const { return path_ + "/" + name; }
+  const std::string& path() const { return path_; }
 
  private:
   std::string path_;
