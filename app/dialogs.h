@@ -31,6 +31,10 @@ class Dialogs : public FileDialogs {
   virtual std::optional<Dmy> ChooseDate(const Dmy& current, const QRect& cell) = 0;
   virtual std::optional<TimeOfDay> ChooseTime(const TimeOfDay& current, const QRect& cell) = 0;
   virtual void ShowAbout() = 0;
+  // A field's report text (CR LF lines, UTF-8) in the report window.
+  virtual void ShowReport(const std::string& text) = 0;
+  // The views list of the database (New, Copy, Delete View).
+  virtual void EditViews(Database& db, Prompter& prompter) = 0;
   // Whether a record is open in the record editor (an alarm must not replace it then).
   virtual bool IsRecordOpen() const = 0;
 };

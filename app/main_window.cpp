@@ -68,7 +68,7 @@ void MainWindow::BuildMenus() {
   AddCommand(actions, tr("Filter..."), kFilter, false);
   actions->addSeparator();
   AddCommand(actions, tr("Delete Records..."), kDeleteRecords);
-  AddCommand(actions, tr("Run Report..."), kRunReport, false);
+  AddCommand(actions, tr("Run Report..."), kRunReport);
   actions->addSeparator();
   AddCommand(actions, tr("Move Records To..."), kMoveRecords, false);
   AddCommand(actions, tr("Copy Records To..."), kCopyRecords, false);
@@ -118,7 +118,8 @@ QAction* MainWindow::action(int command) const {
 void MainWindow::UpdateTitle() {
   const bool open = context_.workspace.has_open_database();
   setWindowTitle(QString::fromStdString(WindowTitle(context_.workspace)));
-  for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords})
+  for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
+                command::kRunReport})
     actions_[c]->setEnabled(open);
 }
 
@@ -153,6 +154,7 @@ void MainWindow::RunCommand(int command) {
         close();
         return;
       case kDeleteRecords: panel_->DeleteRecords(); return;
+      case kRunReport: panel_->RunFieldReport(panel_->CurrentSlot()); return;
       case kAbout: context_.dialogs.ShowAbout(); return;
       default: return;
     }

@@ -13,6 +13,8 @@
 #include "app/window_title.h"
 #include "engine/record.h"
 #include "engine/text.h"
+#include "processing/report.h"
+#include "processing/views.h"
 
 namespace qv::app {
 
@@ -53,6 +55,7 @@ RecordListPanel::RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessG
   layout->addLayout(strip);
   layout->addWidget(view_, 1);
 
+  connect(views_, QOverload<int>::of(&QComboBox::activated), this, &RecordListPanel::ViewChosen);
   connect(view_, &QAbstractItemView::clicked, this,
           [this](const QModelIndex& index) { Tap(index.row(), index.column()); });
   connect(view_->horizontalHeader(), &QHeaderView::sectionClicked, this,
@@ -90,8 +93,9 @@ void RecordListPanel::FillViews() {
   for (std::uint32_t v = 0; v < count; ++v)
     views_->addItem(Utf8(Cp1252ToUtf8(CStringAt(definition.view_block(static_cast<int>(v)), 32))));
   views_->addItem(tr("Edit Views.."));
-  // Choosing and editing views arrives with the views feature.
-  views_->setEnabled(false);
+  views_->setEnabled(true);
+  auto current = CurrentView(workspace_.current());
+  views_->setCurrentIndex(current ? *current : -1);
 }
 
 void RecordListPanel::SelectRecord(std::uint32_t number) {
@@ -173,8 +177,7 @@ void RecordListPanel::ShowColumnMenu(int column) {
   add(tr("Sort Forward"), command::kSortForward, CanSortFromList());
   add(tr("Sort Reverse"), command::kSortReverse, CanSortFromList());
   add(tr("Field Properties"), command::kFieldProperties, false);
-  // The refusal is shown for other types; the report itself arrives with the reports feature.
-  add(tr("Run Report"), command::kColumnReport, !Reportable(type));
+  add(tr("Run Report"), command::kColumnReport, true);
   add(tr("Set Values To.."), command::kSetValues, false);
   add(tr("Hide Field"), command::kHideField, true);
   // At the cell of this column in the top visible row.
@@ -195,11 +198,7 @@ void RecordListPanel::RunColumnCommand(int column, int command) {
       Refresh();
       return;
     case command::kColumnReport:
-      if (!Reportable(db.definition().field_type(slot)))
-        workspace_.prompter.message(
-            "Can only run reports on the following field types:\nInteger, Float, Checkbox, Time, "
-            "Date, and Calculated.",
-            "ERROR", Icon::Exclamation);
+      RunFieldReport(slot);
       return;
     case command::kHideField:
       HideField(db.definition(), slot);
@@ -208,6 +207,36 @@ void RecordListPanel::RunColumnCommand(int column, int command) {
       return;
     default: return;
   }
+}
+
+void RecordListPanel::RunFieldReport(int slot) {
+  if (!workspace_.has_open_database()) return;
+  const Database& db = workspace_.current();
+  if (slot >= 0 && !Reportable(db.definition().field_type(slot))) {
+    workspace_.prompter.message(
+        "Can only run reports on the following field types:\nInteger, Float, Checkbox, Time, "
+        "Date, and Calculated.",
+        "ERROR", Icon::Exclamation);
+    return;
+  }
+  if (auto text = RunReport(db, slot, workspace_.options, workspace_.prompter))
+    dialogs_.ShowReport(Cp1252ToUtf8(*text));
+}
+
+int RecordListPanel::CurrentSlot() const {
+  QModelIndex index = view_->currentIndex();
+  return index.isValid() ? model_->SlotOfColumn(index.column()) : -1;
+}
+
+void RecordListPanel::ViewChosen(int index) {
+  if (!workspace_.has_open_database()) return;
+  Database& db = workspace_.current();
+  if (index == views_->count() - 1) {
+    dialogs_.EditViews(db, workspace_.prompter);  // "Edit Views.."
+  } else if (ApplyView(db, index, workspace_.prompter)) {
+    db.changed = true;
+  }
+  Refresh();
 }
 
 void RecordListPanel::ColumnResized(int column, int new_size) {

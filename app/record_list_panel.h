@@ -26,6 +26,13 @@ class RecordListPanel : public QWidget {
   void Tap(int row, int column);
   // The column menu's commands (1300..1305) for the field of `column`.
   void RunColumnCommand(int column, int command);
+  // The report of a field (slot -1: none chosen) in the report window.
+  void RunFieldReport(int slot);
+  // The field of the list's current cell, or -1.
+  int CurrentSlot() const;
+  // A choice in the views drop-down: a view to apply, or the last entry, "Edit Views..".
+  void ViewChosen(int index);
+  QComboBox* viewsBox() const { return views_; }
   // "Delete Records..." from the Actions menu.
   void DeleteRecords();
   // Selects the record's row and scrolls it into view.

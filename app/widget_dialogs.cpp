@@ -9,8 +9,10 @@
 #include "app/new_database_dialog.h"
 #include "app/preferences_dialog.h"
 #include "app/record_view_dialog.h"
+#include "app/report_dialog.h"
 #include "app/start_chooser_dialog.h"
 #include "app/time_chooser.h"
+#include "app/views_dialog.h"
 
 namespace qv::app {
 
@@ -119,6 +121,16 @@ std::optional<TimeOfDay> WidgetDialogs::ChooseTime(const TimeOfDay& current, con
 
 void WidgetDialogs::ShowAbout() {
   AboutDialog dialog(parent_);
+  dialog.exec();
+}
+
+void WidgetDialogs::ShowReport(const std::string& text) {
+  ReportDialog dialog(text, parent_);
+  dialog.exec();
+}
+
+void WidgetDialogs::EditViews(Database& db, Prompter& prompter) {
+  ViewsDialog dialog(db, prompter, parent_);
   dialog.exec();
 }
 

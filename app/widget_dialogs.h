@@ -26,6 +26,8 @@ class WidgetDialogs : public Dialogs {
   std::optional<Dmy> ChooseDate(const Dmy& current, const QRect& cell) override;
   std::optional<TimeOfDay> ChooseTime(const TimeOfDay& current, const QRect& cell) override;
   void ShowAbout() override;
+  void ShowReport(const std::string& text) override;
+  void EditViews(Database& db, Prompter& prompter) override;
   bool IsRecordOpen() const override { return record_open_; }
 
  private:

@@ -4,6 +4,7 @@
 
 #include <QTemporaryDir>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -77,6 +78,11 @@ class ScriptedDialogs : public app::Dialogs {
     return time_choice;
   }
   void ShowAbout() override { ++about_shown; }
+  void ShowReport(const std::string& text) override { reports.push_back(text); }
+  void EditViews(Database& db, Prompter&) override {
+    ++views_edited;
+    if (edit_views) edit_views(db);
+  }
   bool IsRecordOpen() const override { return record_open; }
 
   std::optional<std::string> open_path;
@@ -93,6 +99,9 @@ class ScriptedDialogs : public app::Dialogs {
   int open_asked = 0;
   int define_asked = 0;
   int about_shown = 0;
+  int views_edited = 0;
+  std::vector<std::string> reports;
+  std::function<void(Database&)> edit_views;
   std::vector<std::string> proposed_paths;
   std::vector<std::vector<app::RecentEntry>> chooser_entries;
   std::vector<std::uint32_t> opened_records;

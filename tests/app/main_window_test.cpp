@@ -2,6 +2,7 @@
 // the column menu and the command table.
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QListWidget>
@@ -14,6 +15,7 @@
 #include "app/single_instance.h"
 #include "app/start_chooser_dialog.h"
 #include "engine/format.h"
+#include "processing/views.h"
 #include "tests/app/app_fakes.h"
 
 using namespace qv;
@@ -224,11 +226,43 @@ class MainWindowTest : public QObject {
     QCOMPARE(h->prompter.calls().back().caption, std::string("ERROR"));
     QCOMPARE(h->prompter.calls().back().icon, Icon::Exclamation);
     std::size_t shown = h->prompter.Messages().size();
-    panel->RunColumnCommand(1, command::kColumnReport);  // Integer: no refusal
+    panel->RunColumnCommand(1, command::kColumnReport);  // Integer: the report window
     QCOMPARE(h->prompter.Messages().size(), shown);
+    QCOMPARE(h->dialogs.reports.size(), std::size_t{1});
+    QVERIFY(h->dialogs.reports[0].rfind("Report for Qty\r\nNumber of Entries:\t4\r\n", 0) == 0);
+    QVERIFY(h->dialogs.reports[0].find("Sum:\t\t24\r\n") != std::string::npos);
+    // The Actions menu's Run Report without a chosen field.
+    panel->RunFieldReport(-1);
+    QCOMPARE(h->prompter.Messages().back(),
+             std::string("You must first select a field to run the report on!"));
     panel->RunColumnCommand(1, command::kHideField);
     QCOMPARE(panel->model()->columnCount(), 4);
     QCOMPARE(h->application.workspace().current().definition().field(1).width(), 0u);
+  }
+
+  void viewsDropDownAppliesViewsAndEditsThem() {
+    auto h = StartedOn(test::SampleDatabase());
+    RecordListPanel* panel = h->application.window().panel();
+    Database& db = h->application.workspace().current();
+    QCOMPARE(panel->viewsBox()->count(), 1);  // only "Edit Views.."
+    // The views page makes "Default View" from the current settings; then a view sorted reverse.
+    h->dialogs.edit_views = [](Database& d) {
+      EnsureDefaultView(d);
+      SortKey reverse{0, false};
+      d.definition().set_sort_key(0, reverse);
+      test::ScriptedPrompter quiet;
+      NewView(d, quiet);
+      d.definition().set_sort_key(0, SortKey{});
+    };
+    panel->ViewChosen(0);
+    QCOMPARE(h->dialogs.views_edited, 1);
+    QCOMPARE(panel->viewsBox()->count(), 3);
+    QCOMPARE(panel->viewsBox()->itemText(0), QString("Default View"));
+    panel->ViewChosen(1);  // "New View": Name sorted reverse
+    QCOMPARE(CellText(*h, 0, 0), std::string("cherry"));
+    QVERIFY(db.changed);
+    panel->ViewChosen(0);
+    QCOMPARE(db.definition().sort_key(0).field, -1);
   }
 
   void deleteRecordsAsksAboutLinkedRecordsOnlyWhenThereAreLinks() {

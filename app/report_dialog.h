@@ -1,0 +1,20 @@
+#pragma once
+// The report of one field, shown in a fixed-pitch font, with a way to save it as text.
+
+#include <QDialog>
+#include <string>
+
+namespace qv::app {
+
+class ReportDialog : public QDialog {
+  Q_OBJECT
+ public:
+  // `text` is the report as the core makes it (lines ending in CR LF), UTF-8.
+  ReportDialog(const std::string& text, QWidget* parent = nullptr);
+
+ private:
+  void Save();
+  std::string text_;
+};
+
+}  // namespace qv::app
