@@ -3,8 +3,8 @@
 #include <iostream>
 
 #include "platform/qt/qt_locale.h"
-#include "security/protected_open.h"
 #include "processing/store.h"
+#include "security/protected_open.h"
 
 namespace qv::cli {
 
@@ -56,8 +56,8 @@ void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
     passwords.new_password_file = parser.value("new-password-file").toStdString();
 }
 
-bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
-                       int min_positional, const char* usage) {
+bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
+                       const char* usage) {
   AddGlobalOptions(parser);
   if (!parser.parse(arguments)) {
     std::cerr << "qvdb: " << parser.errorText().toStdString() << "\nusage: qvdb " << usage << '\n';
@@ -72,8 +72,13 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
 }
 
 std::unique_ptr<Database> CliContext::Open(const std::string& path) {
+  // Taken before reading, so the whole read-modify-write of a command is one step for every
+  // other writer; the save refuses later if the lock could not be had.
+  FileLock lock;
+  LockForUpdate(lock, path, kLockPatience);
   auto db = std::make_unique<Database>();
   if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
+  db->lock = std::move(lock);
   PositionOpenedDatabase(*db, prompter);
   return db;
 }
@@ -83,8 +88,10 @@ bool CliContext::Save(Database& db) {
     Error("nothing was saved: the database is enciphered on close and no password was given");
     return false;
   }
-  if (SaveDatabase(db, clock)) return true;
+  SaveOutcome outcome;
+  if (SaveDatabase(db, clock, &outcome)) return true;
   prompter.message("ERROR:File could not be saved", "Update", Icon::Error);
+  Error(SaveFailureText(outcome, db.path));
   return false;
 }
 
@@ -95,6 +102,8 @@ bool CliContext::Allowed(const Database& db, int action) {
   return false;
 }
 
-void CliContext::Error(const std::string& text) { std::cerr << "Error: " << text << '\n'; }
+void CliContext::Error(const std::string& text) {
+  std::cerr << "Error: " << text << '\n';
+}
 
 }  // namespace qv::cli

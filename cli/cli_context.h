@@ -3,6 +3,7 @@
 // checked open and save of a database.
 
 #include <QCommandLineParser>
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -14,6 +15,9 @@
 #include "security/access.h"
 
 namespace qv::cli {
+
+// How long a command waits for another qvdb command to finish with the same database.
+inline constexpr std::chrono::seconds kLockPatience{30};
 
 class CliContext {
  public:
@@ -36,9 +40,11 @@ class CliContext {
              const char* usage);
 
   // Opens a database for a command, with the access and password checks of the program;
-  // nothing (the reason already reported) when it cannot be opened.
+  // nothing (the reason already reported) when it cannot be opened. The database's lock is
+  // taken first and held until it is saved or dropped.
   std::unique_ptr<Database> Open(const std::string& path);
-  // Saves through a sibling file; reports "ERROR:File could not be saved" on failure. A database
+  // Saves through a sibling file; reports "ERROR:File could not be saved" and why on failure
+  // (another program holds the file, it changed on disk, it is not writable). A database
   // in encryption mode 0 is enciphered first, under a password asked for then; when that is
   // cancelled nothing is written.
   bool Save(Database& db);

@@ -144,6 +144,7 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
   }
   ReportImportProblems(result.problems);
   db->path = path;
+  db->disk = StampOf(path);  // a file made meanwhile by another command is not replaced
   if (!context.Save(*db)) return kFailed;
   std::cout << "imported " << result.imported << " records";
   if (!result.problems.empty()) std::cout << ", refused " << result.problems.size() << " rows";
@@ -203,6 +204,7 @@ int New(CliContext& context, const QStringList& arguments) {
     f.set_length(spec->length);
   }
   db->path = path;
+  db->disk = StampOf(path);  // a file made meanwhile by another command is not replaced
   return context.Save(*db) ? kOk : kFailed;
 }
 

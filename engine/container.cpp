@@ -1,20 +1,21 @@
 #include "engine/container.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 
 #include "engine/text.h"
 
 namespace qv {
 
-std::string Header::Name() const { return std::string(CStringAt(name.data(), name.size())); }
+std::string Header::Name() const {
+  return std::string(CStringAt(name.data(), name.size()));
+}
 
-void Header::SetName(std::string_view text) { PutCString(name.data(), name.size(), text); }
+void Header::SetName(std::string_view text) {
+  PutCString(name.data(), name.size(), text);
+}
 
 bool Header::IsQuorvant() const {
   return creator[0] == 'Q' && creator[1] == 'v' && creator[2] == 'n' && creator[3] == 't';
@@ -146,54 +147,21 @@ Bytes SerializeContainer(const ContainerFile& file) {
 }
 
 bool TestForFile(const std::string& path) {
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (!f) return false;
-  std::fclose(f);
+  int fd = OpenRegularFile(path);
+  if (fd < 0) return false;
+  ::close(fd);
   return true;
 }
 
 int ReadHeader(const std::string& path, Header& header) {
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (!f) return 0;
+  int fd = OpenRegularFile(path);
+  if (fd < 0) return 0;
   std::uint8_t bytes[kHeaderSize];
-  std::size_t got = std::fread(bytes, 1, kHeaderSize, f);
-  std::fclose(f);
-  if (got != kHeaderSize) return 0;
+  ssize_t got = ::read(fd, bytes, kHeaderSize);
+  ::close(fd);
+  if (got != static_cast<ssize_t>(kHeaderSize)) return 0;
   header = DecodeHeader(bytes);
   return header.IsQuorvant() ? 1 : -1;
-}
-
-std::optional<Bytes> ReadWholeFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary | std::ios::ate);
-  if (!in) return std::nullopt;
-  std::streamoff size = in.tellg();
-  if (size > 0 && in.seekg(0)) {  // a regular file: one read of the known size
-    Bytes bytes(static_cast<std::size_t>(size));
-    if (in.read(reinterpret_cast<char*>(bytes.data()), size).gcount() == size) return bytes;
-    return std::nullopt;
-  }
-  in.clear();
-  in.seekg(0);
-  Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  if (in.bad()) return std::nullopt;
-  return bytes;
-}
-
-WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
-  std::string temp = path + ".saving";
-  int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) return WriteResult::CannotOpen;
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (n <= 0) break;
-    done += static_cast<std::size_t>(n);
-  }
-  bool ok = done == bytes.size() && ::fsync(fd) == 0;
-  ok = (::close(fd) == 0) && ok;
-  if (ok && std::rename(temp.c_str(), path.c_str()) == 0) return WriteResult::Written;
-  std::remove(temp.c_str());
-  return WriteResult::Failed;
 }
 
 namespace {

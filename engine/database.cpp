@@ -1,6 +1,7 @@
 #include "engine/database.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
 #include "engine/format.h"
@@ -55,7 +56,8 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
                      Icon::Error);
     return false;
   }
-  auto image = ReadWholeFile(path);
+  FileStamp stamp;
+  auto image = ReadWholeFile(path, kMaxFileSize, &stamp);
   if (!image) {
     prompter.message("Could not initialize file", "Error", Icon::Error);
     return false;
@@ -63,7 +65,8 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
   Database fresh;
   std::uint32_t bad_record = 0;
   switch (ParseDatabase(*image, fresh, bad_record)) {
-    case ReadError::None: break;
+    case ReadError::None:
+      break;
     case ReadError::BadHeader:
       prompter.message(
           "ERROR: Reading header!\nMake sure you are converting a Quorvant data file!\n", "Error",
@@ -82,7 +85,10 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
   }
   fresh.path = path;
   fresh.loaded = true;
+  fresh.disk = stamp;
+  fresh.lock = std::move(db.lock);  // a lock the caller took before reading stays with it
   db = std::move(fresh);
+  RemoveStaleTemporaries(path);
   return true;
 }
 
@@ -91,17 +97,61 @@ Bytes SerializeDatabase(const Database& db) {
   file.header = db.header;
   file.records.reserve(kSchemaRecords + db.records.size());
   EncodeSchema(db.schema, db.changed, file.records);
-  for (const RecordSlot& slot : db.records) file.records.push_back({slot.data, slot.attributes, slot.uid});
+  for (const RecordSlot& slot : db.records)
+    file.records.push_back({slot.data, slot.attributes, slot.uid});
   return SerializeContainer(file);
 }
 
-bool SaveDatabase(Database& db, const Clock& clock) {
+bool SaveDatabase(Database& db, const Clock& clock, SaveOutcome* outcome) {
+  SaveOutcome local;
+  SaveOutcome& out = outcome ? *outcome : local;
+  out = SaveOutcome{};
+  // Another qvdb command is waited for; a program that keeps the file while it has changes is not.
+  constexpr std::chrono::seconds kPatience{5};
+  if (!db.lock.Holds(db.path) &&
+      LockForUpdate(db.lock, db.path, kPatience, &out.holder) == FileLock::Result::Busy) {
+    out.result = WriteResult::CannotOpen;
+    out.in_use = true;
+    return false;
+  }
   db.header.modification_date = FileTimeNow(clock);
   Bytes image = SerializeDatabase(db);
-  WriteResult result = WriteFileAtomically(db.path, image);
+  const FileStamp* expected = db.disk.path == db.path ? &db.disk : nullptr;
+  WriteOutcome written = SaveFileAtomically(db.path, image, expected);
+  db.lock.Unlock();  // it was on the file just replaced
+  out.result = written.result;
+  out.error = written.error;
+  if (written.result == WriteResult::Written) db.disk = written.stamp;
   // Cleared whenever the file could be opened, even if writing then failed: deliberate, kept.
-  if (result != WriteResult::CannotOpen) db.changed = false;
-  return result == WriteResult::Written;
+  if (written.result == WriteResult::Failed || written.result == WriteResult::Written)
+    db.changed = false;
+  return written.result == WriteResult::Written;
+}
+
+std::string SaveFailureText(const SaveOutcome& outcome, const std::string& path) {
+  const char* file = path.c_str();
+  if (outcome.in_use) {
+    std::string who = outcome.holder ? outcome.holder->Describe() : "another program";
+    return StringPrintf(
+        "%s is in use by %s, which has changes to it not yet saved; nothing was "
+        "written.",
+        file, who.c_str());
+  }
+  switch (outcome.result) {
+    case WriteResult::Written:
+      return {};
+    case WriteResult::CannotOpen:
+      return StringPrintf("Cannot open %s for writing: %s.", file, std::strerror(outcome.error));
+    case WriteResult::ChangedOnDisk:
+      return StringPrintf(
+          "%s was changed by another program after it was opened; it was not "
+          "overwritten. Save under another name to keep these changes.",
+          file);
+    case WriteResult::Failed:
+      break;
+  }
+  return StringPrintf("Writing %s failed: %s. The file on disk is unchanged.", file,
+                      std::strerror(outcome.error));
 }
 
 // Identifiers only need to differ; one past the largest in use, found once per open database.
@@ -120,11 +170,16 @@ Bytes DefaultValue(const Database& db, int slot) {
   switch (db.definition().field(slot).type()) {
     case kInteger:
     case kDate:
-    case kLink: return UInt32Value(0);
-    case kCheckBox: return CheckValue(false);
-    case kTime: return TimeValue(255, 0, 0);
-    case kImage: return Bytes{0};
-    case kHeading: return Bytes{};
+    case kLink:
+      return UInt32Value(0);
+    case kCheckBox:
+      return CheckValue(false);
+    case kTime:
+      return TimeValue(255, 0, 0);
+    case kImage:
+      return Bytes{0};
+    case kHeading:
+      return Bytes{};
     case kLinked: {
       Bytes linked(24, 0);
       linked.push_back(0);
@@ -138,7 +193,8 @@ Bytes DefaultValue(const Database& db, int slot) {
       }
       return UInt32Value(next);
     }
-    default: return TextValue("");
+    default:
+      return TextValue("");
   }
 }
 
@@ -200,7 +256,8 @@ void RebuildVisibleList(Database& db,
 }
 
 void ShowAllRecords(Database& db) {
-  RebuildVisibleList(db, [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
+  RebuildVisibleList(db,
+                     [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
 }
 
 std::string RecordValueText(const Database& db, std::uint32_t number, int slot,
