@@ -3,13 +3,17 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <random>
+#include <thread>
 
 #include "engine/atomic_file.h"
 #include "engine/database.h"
@@ -197,6 +201,70 @@ TEST_F(FileSafety, OnlyRegularFilesAreRead) {
   test::WriteText(path_, std::string(100, 'x'));
   EXPECT_FALSE(ReadWholeFile(path_, 99));
   EXPECT_EQ(ReadWholeFile(path_, 100)->size(), 100u);
+}
+
+// What a saving command does (lock, read, change, save), in a child killed at a random moment:
+// 200 kills, 20 at a time on files of their own. Every file left behind opens with the records
+// of before or after, and the next successful save leaves no temporary.
+TEST_F(FileSafety, KilledSavesLeaveTheOldFileOrTheNew) {
+  constexpr int kLanes = 20, kRounds = 10;
+  auto seed = test::DatabaseBuilder("Log").Field("Name", kText, 200).Build();
+  for (int i = 0; i < 500; ++i)
+    seed->records.push_back(seed->records.empty() ? RecordSlot{} : seed->records[0]);
+  auto add_one = [this](const std::string& path) {
+    Database db;
+    LockForUpdate(db.lock, path, std::chrono::seconds(5));
+    test::ScriptedPrompter prompter;
+    if (!LoadDatabase(db, path, prompter)) ::_exit(1);
+    StoreRecord(db, test::ValuesFromTexts(db, {{0, std::string(150, 'x')}}), kNewRecord);
+    ::_exit(SaveDatabase(db, clock_) ? 0 : 1);
+  };
+  std::vector<std::string> files;
+  std::vector<std::uint32_t> counts;
+  for (int lane = 0; lane < kLanes; ++lane) {
+    seed->path = folder_.Path("Lane" + std::to_string(lane) + ".PDB");
+    ASSERT_TRUE(SaveDatabase(*seed, clock_));
+    files.push_back(seed->path);
+    counts.push_back(seed->count());
+  }
+  auto started = std::chrono::steady_clock::now();  // one command's life, to spread the kills over
+  pid_t timing = ::fork();
+  if (timing == 0) add_one(folder_.Path("Timing.PDB"));
+  ::waitpid(timing, nullptr, 0);
+  auto span = std::chrono::duration_cast<std::chrono::microseconds>(
+      std::chrono::steady_clock::now() - started);
+  std::mt19937 random(2026);
+  std::uniform_int_distribution<long> moment(0, span.count() * 3 / 2);
+  for (int round = 0; round < kRounds; ++round) {
+    std::vector<std::pair<std::chrono::steady_clock::time_point, pid_t>> running;
+    for (const auto& file : files) {
+      auto start = std::chrono::steady_clock::now();
+      pid_t pid = ::fork();
+      if (pid == 0) add_one(file);
+      running.push_back({start + std::chrono::microseconds(moment(random)), pid});
+    }
+    std::sort(running.begin(), running.end());
+    for (auto [at, pid] : running) {
+      std::this_thread::sleep_until(at);
+      ::kill(pid, SIGKILL);
+    }
+    for (auto [at, pid] : running) ::waitpid(pid, nullptr, 0);
+    for (std::size_t lane = 0; lane < files.size(); ++lane) {
+      Database db;
+      test::ScriptedPrompter prompter;
+      ASSERT_TRUE(LoadDatabase(db, files[lane], prompter)) << "lane " << lane << " round " << round;
+      ASSERT_TRUE(db.count() == counts[lane] || db.count() == counts[lane] + 1) << db.count();
+      counts[lane] = db.count();
+    }
+  }
+  for (const auto& file : files) {
+    Database db;
+    test::ScriptedPrompter prompter;
+    ASSERT_TRUE(LoadDatabase(db, file, prompter));
+    db.changed = true;
+    ASSERT_TRUE(SaveDatabase(db, clock_));
+  }
+  EXPECT_TRUE(Leftovers().empty());
 }
 
 }  // namespace
