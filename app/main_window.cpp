@@ -25,6 +25,8 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
   BuildMenus();
   statusBar()->setSizeGripEnabled(true);
   connect(panel_, &RecordListPanel::databaseChanged, this, &MainWindow::UpdateTitle);
+  launches_ = new LaunchQueue([this] { return Busy(); },
+                              [this](const QString& text) { DeliverLaunchText(text); }, this);
   resize(920, 600);
   UpdateTitle();
 }
@@ -123,26 +125,47 @@ void MainWindow::UpdateTitle() {
     actions_[c]->setEnabled(open);
 }
 
+namespace {
+// Counts a command as running for as long as it is in scope.
+struct Running {
+  explicit Running(int& d) : depth(d) { ++depth; }
+  ~Running() { --depth; }
+  int& depth;
+};
+}  // namespace
+
+bool MainWindow::Busy() const {
+  return running_ > 0 || ModalInteractionOpen() || context_.dialogs.IsRecordOpen();
+}
+
 void MainWindow::OpenFirstDatabase() {
+  Running running(running_);
   flows_.OpenFirstDatabase();
   Refresh();
 }
 
 void MainWindow::RunCommand(int command) {
   using namespace command;
+  Running running(running_);
   bool refresh = false;
   if (command >= kReopenFirst && command <= kReopenLast) {
     refresh = flows_.Reopen(command - kReopenFirst);
   } else {
     switch (command) {
-      case kNew: refresh = flows_.New(); break;
+      case kNew:
+        refresh = flows_.New();
+        break;
       case kOpen:
-      case kMoreFiles: refresh = flows_.Open(); break;
+      case kMoreFiles:
+        refresh = flows_.Open();
+        break;
       case kSave:
       case kSaveAs:
         if (command == kSave ? flows_.Save() : flows_.SaveAs()) UpdateTitle();
         return;
-      case kClose: refresh = flows_.Close(); break;
+      case kClose:
+        refresh = flows_.Close();
+        break;
       case kPreferences: {
         Preferences p = context_.workspace.preferences;
         if (context_.dialogs.EditPreferences(p)) context_.workspace.preferences = p;
@@ -153,17 +176,30 @@ void MainWindow::RunCommand(int command) {
         exiting_ = true;
         close();
         return;
-      case kDeleteRecords: panel_->DeleteRecords(); return;
-      case kRunReport: panel_->RunFieldReport(panel_->CurrentSlot()); return;
-      case kAbout: context_.dialogs.ShowAbout(); return;
-      default: return;
+      case kDeleteRecords:
+        panel_->DeleteRecords();
+        return;
+      case kRunReport:
+        panel_->RunFieldReport(panel_->CurrentSlot());
+        return;
+      case kAbout:
+        context_.dialogs.ShowAbout();
+        return;
+      default:
+        return;
     }
   }
   if (refresh) Refresh();
 }
 
 void MainWindow::HandleLaunchText(const QString& text) {
-  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen())) Refresh();
+  launches_->Post(text);
+}
+
+void MainWindow::DeliverLaunchText(const QString& text) {
+  Running running(running_);
+  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen()))
+    Refresh();
   raise();
   activateWindow();
 }

@@ -7,6 +7,7 @@
 
 #include "app/app_context.h"
 #include "app/file_flows.h"
+#include "app/launch_queue.h"
 #include "app/record_list_panel.h"
 
 class QMenu;
@@ -22,8 +23,9 @@ class MainWindow : public QMainWindow {
   void OpenFirstDatabase();
   // Runs one command of the command table by its number.
   void RunCommand(int command);
-  // The command line of a second launch.
+  // The command line of a second launch; held until no dialog, edit or command is open.
   void HandleLaunchText(const QString& text);
+  LaunchQueue& launches() { return *launches_; }
 
   QAction* action(int command) const;
   RecordListPanel* panel() const { return panel_; }
@@ -39,6 +41,8 @@ class MainWindow : public QMainWindow {
   void FillReopenMenu();
   void UpdateTitle();
   void Refresh() { panel_->Refresh(); }
+  void DeliverLaunchText(const QString& text);
+  bool Busy() const;
 
   AppContext context_;
   FileFlows flows_;
@@ -46,6 +50,8 @@ class MainWindow : public QMainWindow {
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
   bool exiting_ = false;
+  int running_ = 0;  // commands in progress (their dialogs may hold the database)
+  LaunchQueue* launches_;
 };
 
 }  // namespace qv::app
