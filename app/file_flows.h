@@ -65,6 +65,7 @@ class FileFlows {
   Database& db() { return s_.workspace.current(); }
   bool SaveCurrent();  // step 5 of the close rule
   bool SaveWithMessages();
+  void ReportSaveFailure(const SaveOutcome& outcome, const std::string& path);
   std::string Proposed();
   void OpenAlarmRecord();
 

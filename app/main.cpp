@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QSessionManager>
 #include <QStatusBar>
 #include <clocale>
 
@@ -10,6 +11,7 @@
 #include "app/launch_request.h"
 #include "app/password_dialog.h"
 #include "app/security_gate.h"
+#include "app/signal_watcher.h"
 #include "app/single_instance.h"
 #include "app/widget_dialogs.h"
 #include "platform/qt/qt_locale.h"
@@ -53,11 +55,21 @@ int main(int argc, char** argv) {
   passwords.setParent(&window);
   dialogs.setParent(&window);
   prompter.setStatusSink([&window](const QString& text) {
-    if (text.isEmpty()) window.statusBar()->clearMessage();
-    else window.statusBar()->showMessage(text);
+    if (text.isEmpty())
+      window.statusBar()->clearMessage();
+    else
+      window.statusBar()->showMessage(text);
   });
   QObject::connect(&instance, &qv::app::SingleInstance::received, &window,
                    &qv::app::MainWindow::HandleLaunchText);
+  // A logout, a closed terminal or Ctrl+C ends the program as Exit would, without questions.
+  qv::app::SignalWatcher watcher;
+  QObject::connect(&watcher, &qv::app::SignalWatcher::received, &window, [&application] {
+    application.EndSession(true);
+    QApplication::exit(0);
+  });
+  QObject::connect(&qt, &QGuiApplication::commitDataRequest, &window,
+                   [&application](QSessionManager&) { application.EndSession(false); });
   application.Start(arguments);
   int result = QApplication::exec();
   application.Shutdown();
