@@ -44,8 +44,9 @@ void Application::Start(const std::vector<std::string>& arguments) {
 }
 
 bool Application::RestoreRecovery() {
-  auto db = TakeRecovery(s_.settings, s_.prompter);
-  if (!db || !s_.access.AllowOpen(workspace_, *db)) return false;
+  auto db = TakeRecovery(s_.settings, s_.prompter,
+                         [this](Database& d) { return s_.access.AllowOpen(workspace_, d); });
+  if (!db) return false;
   workspace_.preferences = ReadPreferences(s_.settings);
   workspace_.ReplaceCurrent(std::move(db));
   RebuildList(workspace_.current());

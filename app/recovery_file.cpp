@@ -38,14 +38,16 @@ bool KeepForRecovery(Settings& settings, const Database& db, const std::string& 
   return true;
 }
 
-std::unique_ptr<Database> TakeRecovery(Settings& settings, Prompter& prompter) {
+std::unique_ptr<Database> TakeRecovery(Settings& settings, Prompter& prompter,
+                                       const std::function<bool(Database&)>& accept) {
   auto path = settings.read(kFileKey);
   if (!path || path->empty()) return nullptr;
   std::string original = settings.read(kForKey).value_or("");
-  std::string stamp = settings.read(kStampKey).value_or("");
-  settings.write(kFileKey, "");
   auto image = ReadWholeFile(*path);
-  if (!image) return nullptr;
+  if (!image) {
+    settings.write(kFileKey, "");
+    return nullptr;
+  }
   std::string shown = original.empty() ? std::string("Untitled") : original;
   Answer answer = prompter.ask(
       StringPrintf("Quorvant was ended while %s had changes that were not saved. They were kept "
@@ -54,15 +56,19 @@ std::unique_ptr<Database> TakeRecovery(Settings& settings, Prompter& prompter) {
       "QUESTION", Buttons::YesNo, Icon::Question);
   auto db = std::make_unique<Database>();
   std::uint32_t bad_record = 0;
-  bool restored =
-      answer == Answer::Yes && ParseDatabase(*image, *db, bad_record) == ReadError::None;
+  if (answer == Answer::Yes && ParseDatabase(*image, *db, bad_record) == ReadError::None) {
+    db->path = original.empty() ? std::string(kUntitledPath) : original;
+    // A file changed since the changes were made is still not overwritten by them.
+    if (!original.empty())
+      db->disk = FileStamp::FromText(original, settings.read(kStampKey).value_or(""));
+    db->loaded = true;
+    db->changed = true;
+    if (!accept(*db)) return nullptr;  // kept for another start
+  } else {
+    db.reset();
+  }
+  settings.write(kFileKey, "");
   std::remove(path->c_str());
-  if (!restored) return nullptr;
-  db->path = original.empty() ? std::string(kUntitledPath) : original;
-  // A file changed since the changes were made is still not overwritten by them.
-  if (!original.empty()) db->disk = FileStamp::FromText(original, stamp);
-  db->loaded = true;
-  db->changed = true;
   return db;
 }
 

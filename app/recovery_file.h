@@ -3,6 +3,7 @@
 // the desktop session) without anyone to answer the save question: they are kept in a recovery
 // file beside the database and offered at the next start.
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -19,8 +20,10 @@ std::string RecoveryPath(const Database& db, const std::string& data_folder);
 bool KeepForRecovery(Settings& settings, const Database& db, const std::string& data_folder);
 
 // Asks whether to restore the kept changes. Yes: the database as it was, at its own path and
-// marked modified. Either way the recovery file is then removed; nothing when there was none.
-std::unique_ptr<Database> TakeRecovery(Settings& settings, Prompter& prompter);
+// marked modified, once `accept` agrees (the access checks of an open); the recovery file is then
+// removed. No also removes it. Nothing when there was none or it was not taken.
+std::unique_ptr<Database> TakeRecovery(Settings& settings, Prompter& prompter,
+                                       const std::function<bool(Database&)>& accept);
 
 // Closes every open database as Exit would, without asking: one the close-with-save rule saves
 // without a question is saved; one it would ask about (or whose save fails) is kept for
