@@ -88,6 +88,18 @@ class SignalExitTest : public QObject {
     next.Shutdown();  // the shut-down saves it, as any modified database
     QCOMPARE(DoneOnDisk(*h, path), std::string("1"));
   }
+
+  void commitDataRequestKeepsTheChangesAndTheSession() {
+    auto h = StartedOnFruit();
+    const std::string path = h->settings.values.at("LastFileUsed");
+    h->application.workspace().preferences.auto_save = false;
+    h->application.window().panel()->Tap(0, 2);
+    h->application.EndSession(false);  // the session manager asks; the program runs on
+    QVERIFY(h->prompter.Questions().empty());
+    QVERIFY(QFile::exists(QString::fromStdString(path + ".recovery")));
+    QVERIFY(h->application.workspace().current().changed);  // still to be saved or declined
+    QCOMPARE(DoneOnDisk(*h, path), std::string("0"));
+  }
 };
 
 QTEST_MAIN(SignalExitTest)
