@@ -62,7 +62,8 @@ int List(CliContext& context, const QStringList& arguments) {
   parser.addOption({"format", "text, tsv or json.", "format", "text"});
   parser.addOption({"numbers", "Show record numbers (text and tsv)."});
   parser.addOption({"all", "Every record, not only those that pass the filter."});
-  if (!context.Parse(parser, arguments, 1, "list FILE [--format text|tsv|json] [--numbers] [--all]"))
+  if (!context.Parse(parser, arguments, 1,
+                     "list FILE [--format text|tsv|json] [--numbers] [--all]"))
     return kUsage;
   QString format = parser.value("format");
   TableFormat table_format = format == "tsv"    ? TableFormat::Tsv
@@ -127,7 +128,7 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
   auto encoding = EncodingOption(context, parser);
   if (!separator || !encoding) return kUsage;
   std::string csv_path = parser.value("from-csv").toStdString();
-  auto bytes = ReadWholeFile(csv_path);
+  auto bytes = ReadInputFile(csv_path);
   if (!bytes) {
     context.Error("cannot read '" + csv_path + "'");
     return kFailed;
@@ -137,7 +138,8 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
   o.encoding = *encoding;
   ImportResult result;
   std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-  auto db = NewDatabaseFromCsv(name, text, o, context.options, context.clock, context.prompter, result);
+  auto db =
+      NewDatabaseFromCsv(name, text, o, context.options, context.clock, context.prompter, result);
   if (!db) {
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;
@@ -178,8 +180,9 @@ int New(CliContext& context, const QStringList& arguments) {
     context.Error("a database holds at most 100 fields");
     return kUsage;
   }
-  std::string name = parser.isSet("name") ? parser.value("name").toStdString()
-                                          : QFileInfo(QString::fromStdString(path)).completeBaseName().toStdString();
+  std::string name = parser.isSet("name")
+                         ? parser.value("name").toStdString()
+                         : QFileInfo(QString::fromStdString(path)).completeBaseName().toStdString();
   name = Utf8ToCp1252(name);
   if (name.empty() || name.size() > 31) {
     context.Error("the database name must be 1 to 31 characters");
@@ -224,8 +227,9 @@ int Check(CliContext& context, const QStringList& arguments) {
   std::size_t at = 0;
   std::size_t n = std::min(original ? original->size() : 0, written.size());
   while (at < n && (*original)[at] == written[at]) ++at;
-  std::cout << "round trip differs at offset " << at << " (file " << (original ? original->size() : 0)
-            << " bytes, written " << written.size() << " bytes)\n";
+  std::cout << "round trip differs at offset " << at << " (file "
+            << (original ? original->size() : 0) << " bytes, written " << written.size()
+            << " bytes)\n";
   return kFailed;
 }
 
@@ -236,7 +240,8 @@ std::vector<Command> DatabaseCommands() {
       {"info", "info FILE", Info},
       {"list", "list FILE [--format text|tsv|json] [--numbers] [--all]", List},
       {"new",
-       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C]) "
+       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator "
+       "C]) "
        "[--force]",
        New},
       {"check", "check FILE", Check},

@@ -150,6 +150,27 @@ std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit,
   return bytes;
 }
 
+std::optional<Bytes> ReadInputFile(const std::string& path, std::uint64_t limit) {
+  struct stat st;
+  if (::stat(path.c_str(), &st) != 0) return std::nullopt;
+  if (S_ISREG(st.st_mode)) return ReadWholeFile(path, limit);
+  if (!S_ISFIFO(st.st_mode) && !S_ISSOCK(st.st_mode)) return std::nullopt;
+  int fd = ::open(path.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC);  // waits for a writer, as asked
+  if (fd < 0) return std::nullopt;
+  Bytes bytes;
+  std::uint8_t chunk[1 << 16];
+  for (;;) {
+    ssize_t n = ::read(fd, chunk, sizeof chunk);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0 || bytes.size() + static_cast<std::size_t>(n) > limit) {
+      ::close(fd);
+      if (n == 0) return bytes;
+      return std::nullopt;
+    }
+    bytes.insert(bytes.end(), chunk, chunk + n);
+  }
+}
+
 std::string SaveTarget(const std::string& path) {
   fs::path p = path;
   for (int hops = 0; hops < 40; ++hops) {  // the system's own limit on chained links

@@ -42,6 +42,10 @@ int OpenRegularFile(const std::string& path);
 std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit = kMaxFileSize,
                                    FileStamp* stamp = nullptr);
 
+// For files a user hands in to be read (CSV): a regular file, or a pipe such as /dev/stdin or a
+// shell's <(...), read to its end; nothing for devices and folders or beyond `limit` bytes.
+std::optional<Bytes> ReadInputFile(const std::string& path, std::uint64_t limit = kMaxFileSize);
+
 // The file a save of `path` must replace: symbolic links followed to their target, which may not
 // exist yet.
 std::string SaveTarget(const std::string& path);

@@ -312,7 +312,7 @@ ImportResult ImportCsvText(Database& db, std::string_view text,
 ImportResult ImportCsvFile(Database& db, const std::string& path,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter) {
-  auto bytes = ReadWholeFile(path);
+  auto bytes = ReadInputFile(path);
   if (!bytes) {
     ImportResult result;
     result.error = StringPrintf("ERROR: Cannot Open File: %s for reading", path.c_str());

@@ -198,7 +198,16 @@ TEST_F(FileSafety, OnlyRegularFilesAreRead) {
     EXPECT_EQ(prompter.Messages(),
               std::vector<std::string>({"ERROR: Cannot Open File: " + path + " for reading"}));
   }
+  // Input to import may come from a pipe (/dev/stdin, a shell's <(...)); devices and folders not.
+  std::thread writer([&] { test::WriteText(fifo, "Name\nbolt\n"); });
+  auto piped = ReadInputFile(fifo);
+  writer.join();
+  ASSERT_TRUE(piped);
+  EXPECT_EQ(std::string(piped->begin(), piped->end()), "Name\nbolt\n");
+  EXPECT_FALSE(ReadInputFile("/dev/zero"));
+  EXPECT_FALSE(ReadInputFile(dir));
   test::WriteText(path_, std::string(100, 'x'));
+  EXPECT_EQ(ReadInputFile(path_, 100)->size(), 100u);
   EXPECT_FALSE(ReadWholeFile(path_, 99));
   EXPECT_EQ(ReadWholeFile(path_, 100)->size(), 100u);
 }
