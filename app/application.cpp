@@ -58,12 +58,16 @@ void Application::EndSession(bool quitting) {
   if (shut_down_ || !window_) return;
   CloseUnattended(workspace_, s_.paths, quitting);
   if (quitting) window_->flows().RememberLastFile();
+  (quitting ? ended_from_outside_ : kept_for_recovery_) = true;
 }
 
 void Application::Shutdown() {
   if (shut_down_ || !window_) return;
   shut_down_ = true;
   window_->flows().CloseAll(false, true);
+  // The session went on after a commit-data request and ended normally: what was kept then was
+  // saved or declined since.
+  if (kept_for_recovery_ && !ended_from_outside_) DropRecovery(s_.settings);
   WritePreferences(s_.settings, workspace_.preferences);
   window_.reset();
   changes_lock_.reset();

@@ -55,6 +55,8 @@ class Application {
   std::unique_ptr<MainWindow> window_;
   std::unique_ptr<ChangesLock> changes_lock_;
   bool shut_down_ = false;
+  bool kept_for_recovery_ = false;  // by a commit-data request, while the program ran on
+  bool ended_from_outside_ = false;
 };
 
 }  // namespace qv::app

@@ -72,6 +72,13 @@ std::unique_ptr<Database> TakeRecovery(Settings& settings, Prompter& prompter,
   return db;
 }
 
+void DropRecovery(Settings& settings) {
+  auto path = settings.read(kFileKey);
+  if (!path || path->empty()) return;
+  std::remove(path->c_str());
+  settings.write(kFileKey, "");
+}
+
 void CloseUnattended(Workspace& workspace, const Paths& paths, bool quitting) {
   for (int i = 0; i <= workspace.index(); ++i) {
     Database* db = workspace.slot(i);

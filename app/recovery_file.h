@@ -25,6 +25,9 @@ bool KeepForRecovery(Settings& settings, const Database& db, const std::string& 
 std::unique_ptr<Database> TakeRecovery(Settings& settings, Prompter& prompter,
                                        const std::function<bool(Database&)>& accept);
 
+// Removes the recovery file noted in the settings: its changes were dealt with after all.
+void DropRecovery(Settings& settings);
+
 // Closes every open database as Exit would, without asking: one the close-with-save rule saves
 // without a question is saved; one it would ask about (or whose save fails) is kept for
 // recovery. When `quitting`, the kept ones are marked unmodified so the shut-down that follows

@@ -99,6 +99,10 @@ class SignalExitTest : public QObject {
     QVERIFY(QFile::exists(QString::fromStdString(path + ".recovery")));
     QVERIFY(h->application.workspace().current().changed);  // still to be saved or declined
     QCOMPARE(DoneOnDisk(*h, path), std::string("0"));
+    // The logout was cancelled and the program closed normally later: nothing stale is offered.
+    h->application.Shutdown();
+    QVERIFY(!QFile::exists(QString::fromStdString(path + ".recovery")));
+    QCOMPARE(h->settings.values.at("RecoveryFile"), std::string());
   }
 };
 
