@@ -64,14 +64,17 @@ int main(int argc, char** argv) {
                    &qv::app::MainWindow::HandleLaunchText);
   // A logout, a closed terminal or Ctrl+C ends the program as Exit would, without questions.
   qv::app::SignalWatcher watcher;
-  QObject::connect(&watcher, &qv::app::SignalWatcher::received, &window, [&application] {
+  bool ended = false;
+  QObject::connect(&watcher, &qv::app::SignalWatcher::received, &window, [&] {
     application.EndSession(true);
+    ended = true;
     QApplication::exit(0);
   });
   QObject::connect(&qt, &QGuiApplication::commitDataRequest, &window,
                    [&application](QSessionManager&) { application.EndSession(false); });
   application.Start(arguments);
-  int result = QApplication::exec();
+  // A signal taken while the start-up's own dialogs ran has ended the session already.
+  int result = ended ? 0 : QApplication::exec();
   application.Shutdown();
   settings.sync();
   return result;
