@@ -1,6 +1,7 @@
 #include "app/security_gate.h"
 
 #include "security/access.h"
+#include "security/cipher_session.h"
 #include "security/protected_open.h"
 
 namespace qv::app {
@@ -24,7 +25,7 @@ int SecurityAccessGate::CheckAccess(Workspace& workspace, Database& db, Guarded 
 void SecurityAccessGate::EncipherOnClose(Workspace& workspace, Database& db) {
   SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
   // A cancelled prompt leaves the database plain, as the user chose.
-  EncipherOnDatabaseClose(db, ui);
+  EncipherBeforeSave(db, ui);
 }
 
 }  // namespace qv::app

