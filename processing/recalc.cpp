@@ -70,8 +70,11 @@ int Walk(Database& db, std::uint32_t start, Prompter& prompter, bool only_positi
     if (filtered && !RecordPassesFilter(db, k)) continue;
     Bytes& data = db.records[k].data;
     if (data.empty()) return -1;
-    // Enciphered records keep their values; they are not a previous record either.
-    if (IsRecordEnciphered(data)) continue;
+    // Enciphered records keep their values, and give the next one no previous values.
+    if (IsRecordEnciphered(data)) {
+      previous = -1;
+      continue;
+    }
     work.assign(data.begin(), data.end());
     std::span<const std::uint8_t> before =
         previous >= 0 ? std::span<const std::uint8_t>(db.records[static_cast<std::size_t>(previous)].data)
