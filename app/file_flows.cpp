@@ -167,9 +167,15 @@ bool FileFlows::Reopen(int k) {
 bool FileFlows::SaveWithMessages() {
   Database& d = db();
   Prompter& prompter = s_.workspace.prompter;
+  // The file gets what the encryption mode enciphers; the open database stays readable.
+  Database image = d;
+  s_.access.EncipherOnClose(s_.workspace, image);
+  d.session_password = image.session_password;
   prompter.busy(true);
-  bool ok = SaveDatabase(d, s_.workspace.clock);
+  bool ok = SaveDatabase(image, s_.workspace.clock);
   prompter.busy(false);
+  d.header = image.header;
+  d.changed = image.changed;
   if (ok) {
     AddRecentFile(s_.workspace.settings, d.path);
     prompter.message("File Saved", "Update", Icon::Information);

@@ -123,6 +123,9 @@ void RecordListPanel::Tap(int row, int column) {
   type_ahead_.Clear();
   int access = access_.CheckAccess(workspace_, db, Guarded::EditRecords, true);
   if (access == kAccessRefused) return;
+  // An enciphered record is deciphered first; it is enciphered again before the save.
+  if (!access_.DecipherRecord(workspace_, db, *number)) return;
+  model_->RecordChanged(*number);
   int slot = model_->SlotOfColumn(column);
   if (access == kAccessFull && slot >= 0 && EditInList(db, *number, slot, CellRect(row, column))) {
     Refresh();

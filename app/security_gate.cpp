@@ -28,4 +28,10 @@ void SecurityAccessGate::EncipherOnClose(Workspace& workspace, Database& db) {
   EncipherBeforeSave(db, ui);
 }
 
+bool SecurityAccessGate::DecipherRecord(Workspace& workspace, Database& db,
+                                        std::uint32_t number) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  return DecipherOnRecordOpen(db, number, ui);
+}
+
 }  // namespace qv::app

@@ -41,7 +41,9 @@ bool CheckOpenAccess(const DatabaseDefinition& definition, SecurityUi& ui);
 // verifier-present byte in memory; closing enciphers it again.
 bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui);
 
-// Loads the file and runs both steps above. On any failure or refusal `db` is untouched.
+// Loads the file and runs both steps above. A database enciphered record by record (modes 1
+// and 2) keeps its verifier present while open, so a mistyped password is still caught
+// (docs/DIFFERENCES.md). On any failure or refusal `db` is untouched.
 bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui);
 
 enum class EncipherResult { kNotNeeded, kEnciphered, kCancelled };
