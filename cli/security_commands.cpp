@@ -1,5 +1,6 @@
 // qvdb encrypt, decrypt, security.
 
+#include <algorithm>
 #include <iostream>
 #include <set>
 
@@ -140,10 +141,13 @@ void ShowSecurity(const Database& db) {
     ConstFieldDefinition f = definition.field(slot);
     if (f.used() && f.encrypted()) fields += (fields.empty() ? "" : ", ") + Cp1252ToUtf8(f.name());
   }
+  // As the file holds them: records deciphered in memory for this command count too.
   std::size_t enciphered = 0;
   for (const RecordSlot& r : db.records) {
     auto header = ReadRecordHeader(r.data);
-    if (header && header->has(kRecordFieldsEnciphered)) ++enciphered;
+    bool deciphered = std::find(db.encipher_on_save.begin(), db.encipher_on_save.end(), r.uid) !=
+                      db.encipher_on_save.end();
+    if ((header && header->has(kRecordFieldsEnciphered)) || deciphered) ++enciphered;
   }
   std::cout << (fields.empty() ? "none" : fields) << "\nEnciphered records: " << enciphered
             << " of " << db.count() << '\n';

@@ -122,7 +122,10 @@ TEST_F(EncipheredRecordsTest, ReadersDecipherWithThePasswordOrLeaveRecordsOut) {
   EXPECT_EQ(recalculated.exit_code, 0) << recalculated.err;
   EXPECT_NE(recalculated.err.find("2 enciphered records were not recalculated"), std::string::npos);
 
-  // With it: plain values everywhere, and recalculation works on them.
+  // With it: plain values everywhere, and recalculation works on them; the settings still
+  // count the records the file holds enciphered.
+  EXPECT_NE(Run({"security", file_, "--show"}).out.find("Enciphered records: 2 of 2"),
+            std::string::npos);
   EXPECT_EQ(Run({"list", file_, "--format", "tsv"}).out,
             "Name\tQty\tTwice\nXanthippe\t4\t8\nYolanda\t12\t24\n");
   ASSERT_EQ(Run({"export", file_, out}).exit_code, 0);
