@@ -6,6 +6,7 @@
 #include "processing/filter.h"
 #include "processing/formula_builder.h"
 #include "processing/recalc.h"
+#include "processing/sort.h"
 #include "security/enciphered.h"
 #include "security/record_crypt.h"
 #include "security/record_header.h"
@@ -73,6 +74,16 @@ TEST_F(EncipheredReadersTest, AnActiveFilterLeavesAnEncipheredRecordOut) {
   RebuildFilteredList(*db_);
   EXPECT_EQ(db_->visible, (std::vector<std::uint32_t>{0, 2}));
   EXPECT_EQ(CountEnciphered(*db_), 1u);
+}
+
+TEST_F(EncipheredReadersTest, SortingPutsEncipheredRecordsLastWhicheverTheDirection) {
+  db_->records[1].data = enciphered_;
+  for (bool forward : {true, false}) {
+    db_->definition().set_sort_key(0, SortKey{0, forward});
+    SortDatabase(*db_, true, p_);
+    EXPECT_EQ(db_->records[2].data, enciphered_) << forward;
+    EXPECT_EQ(Value(0, 0), forward ? "1" : "3");
+  }
 }
 
 }  // namespace
