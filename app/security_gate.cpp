@@ -1,7 +1,9 @@
 #include "app/security_gate.h"
 
+#include "processing/filter.h"
 #include "security/access.h"
 #include "security/cipher_session.h"
+#include "security/enciphered.h"
 #include "security/protected_open.h"
 
 namespace qv::app {
@@ -31,7 +33,12 @@ void SecurityAccessGate::EncipherOnClose(Workspace& workspace, Database& db) {
 bool SecurityAccessGate::DecipherRecord(Workspace& workspace, Database& db,
                                         std::uint32_t number) {
   SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
-  return DecipherOnRecordOpen(db, number, ui);
+  if (!IsRecordEnciphered(db, number)) return true;
+  if (!DecipherOnRecordOpen(db, number, ui)) return false;
+  // The password is asked once per session: every record it deciphers is readable from now on.
+  DecipherForReading(db, ui);
+  RebuildFilteredList(db);
+  return true;
 }
 
 }  // namespace qv::app

@@ -120,9 +120,12 @@ class ScriptedAccess : public app::AccessGate {
     ++checks;
     return action == app::Guarded::EditRecords ? edit_access : app::kAccessFull;
   }
-  // The program's own deciphering, with passwords from a script.
+  // The program's own deciphering and enciphering, with passwords from a script.
   bool DecipherRecord(Workspace& workspace, Database& db, std::uint32_t number) override {
     return app::SecurityAccessGate(passwords).DecipherRecord(workspace, db, number);
+  }
+  void EncipherOnClose(Workspace& workspace, Database& db) override {
+    app::SecurityAccessGate(passwords).EncipherOnClose(workspace, db);
   }
   bool allow_open = true;
   int edit_access = app::kAccessFull;

@@ -3,11 +3,13 @@
 
 #include <QtTest>
 
+#include "app/commands.h"
 #include "app/record_list_panel.h"
 #include "security/record_crypt.h"
 #include "security/record_header.h"
 #include "security/settings.h"
 #include "tests/app/app_fakes.h"
+#include "tests/support/temp_files.h"
 
 using namespace qv;
 
@@ -29,6 +31,7 @@ class EncipheredListTest : public QObject {
     SetEncryptionMode(db->definition(), kEncryptMarkedFields);
     EnableRecordHeaders(*db);
     QVERIFY(EncryptRecordFields(db->definition(), db->records[0].data, "pw"));
+    QVERIFY(EncryptRecordFields(db->definition(), db->records[2].data, "pw"));
     auto h = std::make_unique<test::AppHarness>();
     h->settings.values["LastFileUsed"] = h->WriteDatabase(std::move(db), "Fruit.PDB");
     h->application.Start({});
@@ -36,6 +39,7 @@ class EncipheredListTest : public QObject {
     QCOMPARE(CellText(*h, 0, 0), std::string("(enciphered)"));
     QCOMPARE(CellText(*h, 0, 1), std::string("3"));  // not marked
     QCOMPARE(CellText(*h, 1, 0), std::string("banana"));
+    QCOMPARE(CellText(*h, 2, 0), std::string("(enciphered)"));
 
     auto* panel = h->application.window().panel();
     panel->Tap(0, 0);  // the password prompt cancelled: the record stays closed
@@ -48,6 +52,20 @@ class EncipheredListTest : public QObject {
     panel->Tap(0, 0);
     QCOMPARE(h->dialogs.opened_records, std::vector<std::uint32_t>{0});
     QCOMPARE(CellText(*h, 0, 0), std::string("apple"));
+    // Asked once: the other enciphered records of the session are readable too.
+    QCOMPARE(CellText(*h, 2, 0), std::string("cherry"));
+    panel->Tap(2, 0);
+    QCOMPARE(h->access.passwords.calls.size(), std::size_t{2});
+    QCOMPARE(h->dialogs.opened_records, (std::vector<std::uint32_t>{0, 2}));
+
+    // Save writes them enciphered, asking nothing more, and the list stays readable.
+    h->application.window().action(app::command::kSave)->trigger();
+    QCOMPARE(h->access.passwords.calls.size(), std::size_t{2});
+    std::string file = test::Slurp(h->paths.DataFolder() + "/Fruit.PDB");
+    QVERIFY(file.find("apple") == std::string::npos);
+    QVERIFY(file.find("cherry") == std::string::npos);
+    QVERIFY(file.find("banana") != std::string::npos);
+    QCOMPARE(CellText(*h, 2, 0), std::string("cherry"));
   }
 };
 
