@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "engine/record.h"
+
 #include "processing/filter.h"
 #include "processing/formula.h"
 #include "processing/sort.h"

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "engine/record.h"
+
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/recalc.h"
@@ -197,12 +198,9 @@ void SortTable(Database& db, const KeySet& keys) {
       std::stable_partition(db.records.begin(), db.records.end(),
                             [](const RecordSlot& r) { return !IsRecordEnciphered(r.data); });
   auto count = static_cast<std::uint32_t>(plain_end - db.records.begin());
-  if (n == 1)
-    SortWithKeys<1>(db, plans, count);
-  else if (n == 2)
-    SortWithKeys<2>(db, plans, count);
-  else if (n == 3)
-    SortWithKeys<3>(db, plans, count);
+  if (n == 1) SortWithKeys<1>(db, plans, count);
+  else if (n == 2) SortWithKeys<2>(db, plans, count);
+  else if (n == 3) SortWithKeys<3>(db, plans, count);
 }
 
 }  // namespace
