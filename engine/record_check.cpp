@@ -9,38 +9,25 @@ namespace qv {
 
 namespace {
 
-bool PlainText(std::span<const std::uint8_t> text) {
-  for (std::uint8_t c : text)
-    if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') return false;
-  return true;
-}
-
-// An empty value, or text up to a terminating NUL.
+// An empty value, or text up to a terminating NUL; a number's text of number characters only.
 bool TerminatedText(std::span<const std::uint8_t> value, bool number) {
   if (value.empty()) return true;
   const void* nul = std::memchr(value.data(), 0, value.size());
   if (nul == nullptr) return false;
-  auto text =
-      value.first(static_cast<std::size_t>(static_cast<const std::uint8_t*>(nul) - value.data()));
-  if (!number) return PlainText(text);
-  for (std::uint8_t c : text)
-    if (!std::strchr("0123456789+-.,eE ", c)) return false;
+  if (!number) return true;
+  auto end = static_cast<const std::uint8_t*>(nul);
+  for (const std::uint8_t* c = value.data(); c != end; ++c)
+    if (!std::strchr("0123456789+-.,eE ", *c)) return false;
   return true;
-}
-
-bool FixedSize(std::span<const std::uint8_t> value, std::size_t size) {
-  return value.empty() || value.size() == size;
 }
 
 bool ValueFits(unsigned type, std::span<const std::uint8_t> value) {
   switch (type) {
     case kText:
     case kNote:
-    case kPopUp:
     case kDbPopup:
     case kCalculated:
     case kConditional:
-    case kExternal:
       return TerminatedText(value, false);
     case kFloat:
       return TerminatedText(value, true);
@@ -48,20 +35,20 @@ bool ValueFits(unsigned type, std::span<const std::uint8_t> value) {
     case kUnique:
     case kDate:
     case kLink:
-      return FixedSize(value, 4);
+      return value.empty() || value.size() == 4;
     case kTime:
+      // seconds, minutes, hours (255: no time)
       if (value.empty()) return true;
-      // seconds, minutes, hours (255: no time), 0
-      return value.size() == 4 && value[0] < 60 && value[1] < 60 &&
-             (value[2] < 24 || value[2] == 255) && value[3] == 0;
+      return value.size() >= 3 && value.size() <= 4 && value[0] < 60 && value[1] < 60 &&
+             (value[2] < 24 || value[2] == 255);
     case kCheckBox:
-      return value.size() <= 1 && (value.empty() || value[0] <= 1);
+      return value.size() <= 1;
     case kImage:
       return value.empty() || value[0] <= 1;
     case kLinked:
       return value.size() <= 24 || TerminatedText(value.subspan(24), false);
     default:
-      return true;
+      return true;  // Pop-Up items, External data and the rest: no shape to test
   }
 }
 

@@ -11,8 +11,9 @@ namespace qv {
 
 // True when the value entries fit the record (each length inside it, the list ended by the
 // end marker or the record's end) and every value of a used field has its type's shape: texts
-// terminated and free of control bytes other than tab and line breaks, Float texts made of
-// number characters, fixed-size values of their size, times in range, check boxes 0 or 1.
+// NUL-terminated, Float texts made of number characters, fixed-size values of their size, times
+// in range, check boxes of one byte. Deliberately lenient beyond that: refusing the right
+// password would lock a user out of their own data.
 bool RecordDecodes(const DatabaseDefinition& definition, std::span<const std::uint8_t> record);
 
 }  // namespace qv

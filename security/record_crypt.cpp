@@ -1,5 +1,6 @@
 #include "security/record_crypt.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -195,6 +196,12 @@ int DecryptRecordFields(const DatabaseDefinition& definition, Bytes& record,
     }
     Decipher(type, plain, key);
     sum += SumOf(plain);
+    // The plaintext of a text was cut at its NUL: a NUL inside means a wrong password.
+    std::size_t text_from = type == kLinked ? 24 : 0;
+    if ((IsStringType(type) || type == kLinked) &&
+        std::find(plain.begin() + static_cast<std::ptrdiff_t>(std::min(text_from, plain.size())),
+                  plain.end(), 0) != plain.end())
+      return 0;
     if (IsStringType(type) || type == kLinked) plain.push_back(0);
     plain_values.emplace_back(slot, std::move(plain));
   }

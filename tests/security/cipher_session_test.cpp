@@ -146,6 +146,21 @@ TEST_F(CipherSessionTest, AWrongPasswordThatPassesTheVerifierOpensNothing) {
   EXPECT_EQ(opened.session_password, "right");
 }
 
+TEST_F(CipherSessionTest, TheRightPasswordOpensValuesOfAnyContent) {
+  auto db = SecretsDatabase(2);
+  db->records[0].data =
+      ReplaceValue(db->records[0].data, db->definition(), kName, TextValue("\x01\x07\x1b\xff"));
+  db->records[1].data = ReplaceValue(db->records[1].data, db->definition(), kMemo, Bytes{});
+  SetEncryptionMode(db->definition(), kEncryptEntireDatabase);
+  ASSERT_TRUE(EncryptDatabase(*db, "right"));
+  db->path = folder_.Path("Odd.PDB");
+  ASSERT_TRUE(SaveDatabase(*db, clock_));
+  Database opened;
+  passwords_.Type("right");
+  ASSERT_TRUE(OpenProtectedDatabase(opened, db->path, ui_));
+  EXPECT_EQ(ValueText(ValueBytes(opened.records[0].data, kName)), "\x01\x07\x1b\xff");
+}
+
 TEST(RecordFieldsDecode, NoWrongPasswordDeciphersAManualRecord) {
   auto db = SecretsDatabase(1);
   MarkAll(*db);
