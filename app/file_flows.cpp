@@ -178,10 +178,17 @@ bool FileFlows::Reopen(int k) {
 bool FileFlows::SaveWithMessages() {
   Database& d = db();
   Prompter& prompter = s_.workspace.prompter;
+  // The file gets what the encryption mode enciphers; the open database stays readable.
+  Database image = d;
+  s_.access.EncipherOnClose(s_.workspace, image);
+  d.session_password = image.session_password;
   prompter.busy(true);
   SaveOutcome outcome;
-  bool ok = SaveDatabase(d, s_.workspace.clock, &outcome);
+  bool ok = SaveDatabase(image, s_.workspace.clock, &outcome);
   prompter.busy(false);
+  d.header = image.header;
+  d.changed = image.changed;
+  d.disk = image.disk;
   if (ok) {
     AddRecentFile(s_.workspace.settings, d.path);
     prompter.message("File Saved", "Update", Icon::Information);

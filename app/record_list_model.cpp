@@ -4,6 +4,7 @@
 
 #include "engine/record.h"
 #include "engine/text.h"
+#include "security/enciphered.h"
 
 namespace qv::app {
 
@@ -72,7 +73,7 @@ QVariant RecordListModel::data(const QModelIndex& index, int role) const {
     return !value.empty() && value[0] ? Qt::Checked : Qt::Unchecked;
   }
   if (role == Qt::CheckStateRole) return {};
-  std::string text = RecordValueText(db, *number, slot, workspace_.options);
+  std::string text = ShownValueText(db, *number, slot, workspace_.options);
   if (role == Qt::DisplayRole && text.size() > kCellLimit) text.resize(kCellLimit);
   // Notes may hold line breaks; a list row shows one line.
   if (role == Qt::DisplayRole) std::replace(text.begin(), text.end(), '\n', ' ');

@@ -15,6 +15,7 @@
 #include "engine/text.h"
 #include "processing/report.h"
 #include "processing/views.h"
+#include "security/enciphered.h"
 
 namespace qv::app {
 
@@ -123,6 +124,10 @@ void RecordListPanel::Tap(int row, int column) {
   type_ahead_.Clear();
   int access = access_.CheckAccess(workspace_, db, Guarded::EditRecords, true);
   if (access == kAccessRefused) return;
+  // An enciphered record is deciphered first; it is enciphered again before the save.
+  const bool enciphered = IsRecordEnciphered(db, *number);
+  if (!access_.DecipherRecord(workspace_, db, *number)) return;
+  if (enciphered) Refresh();
   int slot = model_->SlotOfColumn(column);
   if (access == kAccessFull && slot >= 0 && EditInList(db, *number, slot, CellRect(row, column))) {
     Refresh();

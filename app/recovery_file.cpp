@@ -7,6 +7,8 @@
 #include "app/core_calls.h"
 #include "app/recent_files.h"
 #include "engine/text.h"
+#include "platform/password_prompter.h"
+#include "security/cipher_session.h"
 #include "security/settings.h"
 
 namespace qv::app {
@@ -15,6 +17,15 @@ namespace {
 constexpr const char* kFileKey = "RecoveryFile";
 constexpr const char* kForKey = "RecoveryFor";
 constexpr const char* kStampKey = "RecoveryStamp";
+
+// Shut-down cannot ask for a password: every prompt is cancelled.
+class NoPasswordToAsk : public PasswordPrompter {
+ public:
+  std::optional<std::string> AskPassword(PasswordMode, std::string_view, std::string_view,
+                                         int) override {
+    return std::nullopt;
+  }
+};
 
 // A database enciphered on close needs its password to be saved: that is a question.
 bool NeedsQuestionToSave(const Database& db) {
@@ -88,7 +99,11 @@ void CloseUnattended(Workspace& workspace, const Paths& paths, bool quitting) {
       if (db->current < db->count())  // reopening puts the user back on this record
         db->definition().set_return_record(
             static_cast<std::uint16_t>(db->current + kSchemaRecords));
-      saved = SaveDatabase(*db, workspace.clock);
+      // Records held plain in memory go back enciphered under the session's password; without
+      // one nobody can be asked now, so the work goes to the recovery file instead.
+      NoPasswordToAsk nobody;
+      SecurityUi ui{workspace.prompter, nobody, workspace.password_buffer};
+      saved = EncipherBeforeSave(*db, ui) && SaveDatabase(*db, workspace.clock);
       if (saved) AddRecentFile(workspace.settings, db->path);
     }
     if (!saved && KeepForRecovery(workspace.settings, *db, paths.DataFolder()) && quitting)

@@ -1,6 +1,9 @@
 #include "app/security_gate.h"
 
+#include "processing/filter.h"
 #include "security/access.h"
+#include "security/cipher_session.h"
+#include "security/enciphered.h"
 #include "security/protected_open.h"
 
 namespace qv::app {
@@ -24,7 +27,18 @@ int SecurityAccessGate::CheckAccess(Workspace& workspace, Database& db, Guarded 
 void SecurityAccessGate::EncipherOnClose(Workspace& workspace, Database& db) {
   SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
   // A cancelled prompt leaves the database plain, as the user chose.
-  EncipherOnDatabaseClose(db, ui);
+  EncipherBeforeSave(db, ui);
+}
+
+bool SecurityAccessGate::DecipherRecord(Workspace& workspace, Database& db,
+                                        std::uint32_t number) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  if (!IsRecordEnciphered(db, number)) return true;
+  if (!DecipherOnRecordOpen(db, number, ui)) return false;
+  // The password is asked once per session: every record it deciphers is readable from now on.
+  DecipherForReading(db, ui);
+  RebuildFilteredList(db);
+  return true;
 }
 
 }  // namespace qv::app

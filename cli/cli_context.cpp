@@ -2,8 +2,11 @@
 
 #include <iostream>
 
+#include "cli/command_access.h"
 #include "platform/qt/qt_locale.h"
 #include "processing/store.h"
+#include "security/cipher_session.h"
+#include "security/enciphered.h"
 #include "security/protected_open.h"
 
 namespace qv::cli {
@@ -21,6 +24,8 @@ void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
                     "Read the database's password from the first line of a file "
                     "(or set QUORVANT_PASSWORD).",
                     "file"});
+  parser.addOption(
+      {"allow-empty-password", "Accept an empty password from a file or the environment."});
   parser.addOption({"new-password-file",
                     "Read a new access password from a file "
                     "(or set QUORVANT_NEW_PASSWORD).",
@@ -52,6 +57,7 @@ void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
   if (parser.isSet("verbose")) prompter.verbose = true;
   if (parser.isSet("password-file"))
     passwords.password_file = parser.value("password-file").toStdString();
+  if (parser.isSet("allow-empty-password")) passwords.allow_empty = true;
   if (parser.isSet("new-password-file"))
     passwords.new_password_file = parser.value("new-password-file").toStdString();
 }
@@ -71,7 +77,7 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
   return true;
 }
 
-std::unique_ptr<Database> CliContext::Open(const std::string& path) {
+std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_view verb) {
   // Taken before reading, so the whole read-modify-write of a command is one step for every
   // other writer; the save refuses later if the lock could not be had.
   FileLock lock;
@@ -79,13 +85,16 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path) {
   auto db = std::make_unique<Database>();
   if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
   db->lock = std::move(lock);
+  if (auto action = CommandAction(command, verb); action && !Allowed(*db, *action)) return nullptr;
+  // Readers get deciphered values when a password is at hand; the rest they leave out.
+  if (CountEnciphered(*db) > 0 && passwords.CanAsk()) DecipherForReading(*db, ui);
   PositionOpenedDatabase(*db, prompter);
   return db;
 }
 
 bool CliContext::Save(Database& db) {
-  if (EncipherOnDatabaseClose(db, ui) == EncipherResult::kCancelled) {
-    Error("nothing was saved: the database is enciphered on close and no password was given");
+  if (!EncipherBeforeSave(db, ui)) {
+    Error("nothing was saved: records are enciphered as they are saved, and no password was given");
     return false;
   }
   SaveOutcome outcome;
@@ -102,8 +111,10 @@ bool CliContext::Allowed(const Database& db, int action) {
   return false;
 }
 
-void CliContext::Error(const std::string& text) {
-  std::cerr << "Error: " << text << '\n';
+void CliContext::ReportLeftOut(std::size_t count) {
+  if (count > 0) std::cerr << "Note: " << LeftOutText(count) << '\n';
 }
+
+void CliContext::Error(const std::string& text) { std::cerr << "Error: " << text << '\n'; }
 
 }  // namespace qv::cli

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "cli/cli_passwords.h"
 #include "cli/cli_prompter.h"
@@ -39,15 +40,22 @@ class CliContext {
   bool Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
              const char* usage);
 
-  // Opens a database for a command, with the access and password checks of the program;
-  // nothing (the reason already reported) when it cannot be opened. The database's lock is
-  // taken first and held until it is saved or dropped.
-  std::unique_ptr<Database> Open(const std::string& path);
+  std::string command;  // the running command's name, for its access check
+
+  // Opens a database for the command (sub-command `verb`), with the program's checks: Open
+  // Database and the action the command table names for it, the encryption password of an
+  // enciphered database, and enciphered records deciphered in memory when a password is at
+  // hand (the rest stay enciphered, and readers leave them out). Nothing (the reason already
+  // reported) when it cannot be opened. The database's lock is taken first and held until it is
+  // saved or dropped.
+  std::unique_ptr<Database> Open(const std::string& path, std::string_view verb = {});
   // Saves through a sibling file; reports "ERROR:File could not be saved" and why on failure
-  // (another program holds the file, it changed on disk, it is not writable). A database
-  // in encryption mode 0 is enciphered first, under a password asked for then; when that is
-  // cancelled nothing is written.
+  // (another program holds the file, it changed on disk, it is not writable). What the
+  // encryption mode enciphers is enciphered first, under the password this command was given;
+  // when none can be had nothing is written.
   bool Save(Database& db);
+  // Says how many records a reader left out as enciphered (nothing for none).
+  void ReportLeftOut(std::size_t count);
   // The access check of a guarded action; anything short of full permission (view only
   // included) is refused with the system's message.
   bool Allowed(const Database& db, int action);

@@ -61,12 +61,38 @@ std::optional<std::string> CliPasswords::Given(bool new_access, bool& given) {
       return std::nullopt;
     }
     StripLineEnd(line);
-    return Checked(line);
+    return NonEmpty(line, "the password file '" + *file + "'");
   }
-  if (const char* env = std::getenv(new_access ? "QUORVANT_NEW_PASSWORD" : "QUORVANT_PASSWORD"))
-    return Checked(env);
+  const char* variable = new_access ? "QUORVANT_NEW_PASSWORD" : "QUORVANT_PASSWORD";
+  if (const char* env = std::getenv(variable)) return NonEmpty(env, variable);
   given = false;
   return std::nullopt;
+}
+
+std::optional<std::string> CliPasswords::NonEmpty(const std::string& text,
+                                                  const std::string& source) {
+  // An empty first line is far more often a mistake than a password.
+  if (text.empty() && !allow_empty) {
+    std::cerr << "Error: " << source
+              << " gives an empty password (use --allow-empty-password to accept it)\n";
+    return std::nullopt;
+  }
+  return Checked(text);
+}
+
+bool CliPasswords::CanAsk() const {
+  return password_file || std::getenv("QUORVANT_PASSWORD") || isatty(STDIN_FILENO);
+}
+
+bool CliPasswords::ConfirmPassword(Prompter&, std::string_view text, std::string_view caption) {
+  std::cerr << caption << ": " << text;
+  if (!typed_last_ || !isatty(STDIN_FILENO)) {
+    std::cerr << " [a password given ahead is never confirmed: answered no]\n";
+    return false;
+  }
+  std::cerr << " [y/n] " << std::flush;
+  std::string line;
+  return std::getline(std::cin, line) && !line.empty() && (line[0] == 'y' || line[0] == 'Y');
 }
 
 std::optional<std::string> CliPasswords::FromTerminal(std::string_view title,
@@ -82,6 +108,7 @@ std::optional<std::string> CliPasswords::AskPassword(PasswordMode mode, std::str
   bool new_access = mode == PasswordMode::kNewAccess;
   bool given = false;
   auto password = Given(new_access, given);
+  typed_last_ = !given;
   // A password given ahead cannot be typed again: a refused one ends the prompt.
   if (given) return attempt == 0 ? password : std::nullopt;
   if (!isatty(STDIN_FILENO)) {
@@ -92,14 +119,7 @@ std::optional<std::string> CliPasswords::AskPassword(PasswordMode mode, std::str
     return std::nullopt;
   }
   if (attempt >= kTerminalTries) return std::nullopt;
-  auto typed = FromTerminal(title, prompt);
-  if (!typed || !new_access) return typed;
-  auto again = FromTerminal(title, "Type it again");
-  if (!again || *again != *typed) {
-    std::cerr << "Error: the two passwords differ\n";
-    return std::nullopt;
-  }
-  return typed;
+  return FromTerminal(title, prompt);
 }
 
 }  // namespace qv::cli

@@ -10,6 +10,8 @@
 #include "cli/output.h"
 #include "engine/text.h"
 #include "processing/csv_new_database.h"
+#include "security/cipher_session.h"
+#include "security/enciphered.h"
 
 namespace qv::cli {
 
@@ -82,6 +84,9 @@ int List(CliContext& context, const QStringList& arguments) {
     for (std::uint32_t i = 0; i < db->count(); ++i) shown[i] = i;
   }
   WriteTable(RecordTable(*db, shown, context.options, numbers), table_format, std::cout);
+  if (std::size_t n = CountEnciphered(*db, shown))
+    std::cerr << "Note: " << n << " record" << (n == 1 ? " shows" : "s show") << " "
+              << kEncipheredValueText << " for values no password given deciphers\n";
   return kOk;
 }
 
@@ -175,6 +180,12 @@ int New(CliContext& context, const QStringList& arguments) {
     context.Error("'" + path + "' exists already (use --force to replace it)");
     return kFailed;
   }
+  // Replacing a database is guarded as the program guards adding records to it (from a CSV
+  // file) or deleting it: its own settings say who may.
+  Header existing;
+  if (ReadHeader(path, existing) == 1 &&
+      !context.Open(path, parser.isSet("from-csv") ? "into" : "replace"))
+    return kFailed;
   QStringList specs = parser.values("field");
   if (specs.size() > kFieldSlots) {
     context.Error("a database holds at most 100 fields");
@@ -219,7 +230,9 @@ int Check(CliContext& context, const QStringList& arguments) {
   auto db = context.Open(path);
   if (!db) return kFailed;
   auto original = ReadWholeFile(path);
-  Bytes written = SerializeDatabase(*db);
+  // Like with like: what was deciphered as the database opened is enciphered again, as a save
+  // would write it.
+  Bytes written = SavedImage(*db);
   if (original && *original == written) {
     std::cout << "round trip OK\n";
     return kOk;

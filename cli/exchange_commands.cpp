@@ -10,6 +10,7 @@
 #include "processing/csv_import.h"
 #include "processing/json_export.h"
 #include "processing/record_text.h"
+#include "security/enciphered.h"
 
 namespace qv::cli {
 
@@ -42,6 +43,7 @@ int Export(CliContext& context, const QStringList& arguments) {
   auto db = context.Open(args.at(0).toStdString());
   if (!db) return kFailed;
   const std::string out = args.at(1).toStdString();
+  context.ReportLeftOut(CountEnciphered(*db));
   if (parser.isSet("text"))
     return ExportRecordsAsText(*db, true, out, context.options, context.prompter, *encoding)
                ? kOk

@@ -50,6 +50,7 @@ int main(int argc, char** argv) {
   for (const auto& c : commands) {
     if (name.toStdString() != c.name) continue;
     qv::cli::CliContext context;
+    context.command = c.name;
     QStringList rest = arguments;
     rest.removeAt(1);  // the parser expects the program name first
     return c.run(context, rest);

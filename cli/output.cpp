@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "engine/text.h"
+#include "security/enciphered.h"
 
 namespace qv::cli {
 
@@ -16,7 +17,7 @@ Table RecordTable(const Database& db, const std::vector<std::uint32_t>& records,
   for (std::uint32_t number : records) {
     std::vector<std::string> row;
     if (with_numbers) row.push_back(std::to_string(number + 1));
-    for (int slot : slots) row.push_back(Cp1252ToUtf8(RecordValueText(db, number, slot, options)));
+    for (int slot : slots) row.push_back(Cp1252ToUtf8(ShownValueText(db, number, slot, options)));
     table.rows.push_back(std::move(row));
   }
   return table;

@@ -12,6 +12,7 @@
 #include "processing/numeric.h"
 #include "processing/recalc.h"
 #include "processing/sort.h"
+#include "security/enciphered.h"
 
 namespace qv::cli {
 
@@ -260,6 +261,14 @@ int Filter(CliContext& context, const QStringList& arguments) {
   return FilterSet(context, *db, parser, rest, range);
 }
 
+// Recalculation leaves enciphered records as they are.
+void ReportUntouched(const Database& db) {
+  if (std::size_t n = CountEnciphered(db))
+    std::cerr << "Note: " << n << " enciphered record" << (n == 1 ? " was" : "s were")
+              << " not recalculated (no password given deciphers " << (n == 1 ? "it" : "them")
+              << ")\n";
+}
+
 std::optional<int> FreeSlot(const Database& db) {
   for (int slot = 0; slot < kFieldSlots; ++slot)
     if (!db.definition().field(slot).used()) return slot;
@@ -320,6 +329,7 @@ int Calc(CliContext& context, const QStringList& arguments) {
   db->changed = true;
   int pass = RecalculateFrom(*db, 0, context.prompter);
   RebuildFilteredList(*db);
+  ReportUntouched(*db);
   std::cout << NameOf(*db, *slot) << " = " << Cp1252ToUtf8(FormulaDisplayText(definition, *slot))
             << '\n';
   if (!context.Save(*db)) return kFailed;
@@ -335,6 +345,7 @@ int Recalc(CliContext& context, const QStringList& arguments) {
   if (!db) return kFailed;
   int pass = RecalculateFrom(*db, 0, context.prompter);
   RebuildFilteredList(*db);
+  ReportUntouched(*db);
   if (!context.Save(*db)) return kFailed;
   if (pass != 0) context.Error("a record could not be read; the recalculation stopped there");
   return pass == 0 ? kOk : kFailed;

@@ -9,6 +9,7 @@
 #include "processing/find.h"
 #include "processing/report.h"
 #include "processing/views.h"
+#include "security/enciphered.h"
 
 namespace qv::cli {
 
@@ -44,7 +45,7 @@ int Views(CliContext& context, const QStringList& arguments) {
     std::cerr << "usage: qvdb " << usage << '\n';
     return kUsage;
   }
-  auto db = context.Open(args.at(0).toStdString());
+  auto db = context.Open(args.at(0).toStdString(), action.toStdString());
   if (!db) return kFailed;
   // Every action works on the views page, which gives a database without views its default.
   EnsureDefaultView(*db);
@@ -91,6 +92,7 @@ int Report(CliContext& context, const QStringList& arguments) {
   auto slot = db->definition().FindField(field);
   auto text = RunReport(*db, slot ? *slot : -1, context.options, context.prompter);
   if (!text) return kFailed;
+  context.ReportLeftOut(CountEnciphered(*db));
   std::string out = Cp1252ToUtf8(*text);
   out.erase(std::remove(out.begin(), out.end(), '\r'), out.end());  // the report's CR LF as LF
   std::cout << out;
@@ -133,6 +135,7 @@ int Find(CliContext& context, const QStringList& arguments) {
     settings.field = *slot;
   }
   auto match = FindRecord(*db, settings, from - 1, 0, true, context.options, context.prompter);
+  context.ReportLeftOut(CountEnciphered(*db));
   if (!match) return kFailed;
   std::cout << match->position + 1 << '\t'
             << Cp1252ToUtf8(db->definition().field(match->slot).name()) << '\t'

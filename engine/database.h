@@ -55,6 +55,11 @@ struct Database {
   FileStamp disk;
   // Held by whoever is changing the file (see FileLock); saves take it when it is not held.
   FileLock lock;
+  // Never written to the file. The encryption password given while the database is open, so a
+  // command or session asks once; and, by uid, the records held plain in memory (deciphered
+  // for reading, or stored since the open) that are enciphered again before a save.
+  std::optional<std::string> session_password;
+  std::vector<std::uint32_t> encipher_on_save;
 
   DatabaseDefinition& definition() { return schema.definition; }
   const DatabaseDefinition& definition() const { return schema.definition; }

@@ -19,20 +19,6 @@ std::string LockHolder::Describe() const {
   return pid > 0 ? name + " (process " + std::to_string(pid) + ")" : name;
 }
 
-FileLock::FileLock(FileLock&& other) noexcept : fd_(other.fd_), path_(std::move(other.path_)) {
-  other.fd_ = -1;
-}
-
-FileLock& FileLock::operator=(FileLock&& other) noexcept {
-  if (this != &other) {
-    Unlock();
-    fd_ = other.fd_;
-    path_ = std::move(other.path_);
-    other.fd_ = -1;
-  }
-  return *this;
-}
-
 FileLock::Result FileLock::TryLock(const std::string& path) {
   Unlock();
   // A save may replace the file between our open and our lock; then the lock is on a file that
@@ -51,8 +37,7 @@ FileLock::Result FileLock::TryLock(const std::string& path) {
     }
     if (::stat(path.c_str(), &named) == 0 && named.st_dev == locked.st_dev &&
         named.st_ino == locked.st_ino) {
-      fd_ = fd;
-      path_ = path;
+      held_ = std::make_shared<Held>(fd, path);
       return Result::Locked;
     }
     ::close(fd);
@@ -60,10 +45,15 @@ FileLock::Result FileLock::TryLock(const std::string& path) {
   return Result::Busy;
 }
 
+void FileLock::Held::Release() {
+  if (fd >= 0) ::close(fd);  // closing the last descriptor releases the lock
+  fd = -1;
+  path.clear();
+}
+
 void FileLock::Unlock() {
-  if (fd_ >= 0) ::close(fd_);  // closing the last descriptor releases the lock
-  fd_ = -1;
-  path_.clear();
+  if (held_) held_->Release();
+  held_.reset();
 }
 
 namespace {

@@ -5,6 +5,7 @@
 // meanwhile is dropped and taken again on the new one.
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -22,23 +23,29 @@ class FileLock {
   // Unavailable: there is no regular file to lock (not created yet, or unreadable).
   enum class Result { Locked, Busy, Unavailable };
 
+  // Copies share the one lock: a working copy of a database (the image a save writes, a
+  // background task's copy) acts under the lock of the database it was copied from.
   FileLock() = default;
-  ~FileLock() { Unlock(); }
-  FileLock(FileLock&& other) noexcept;
-  FileLock& operator=(FileLock&& other) noexcept;
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
 
   // Takes the exclusive lock on the file at `path` without waiting.
   Result TryLock(const std::string& path);
+  // Releases the lock, for every copy that shares it.
   void Unlock();
-  bool locked() const { return fd_ >= 0; }
+  bool locked() const { return held_ && held_->fd >= 0; }
   // Whether the lock is held for `path`.
-  bool Holds(const std::string& path) const { return fd_ >= 0 && path_ == path; }
+  bool Holds(const std::string& path) const { return locked() && held_->path == path; }
 
  private:
-  int fd_ = -1;
-  std::string path_;
+  struct Held {
+    int fd = -1;
+    std::string path;
+    Held(int f, std::string p) : fd(f), path(std::move(p)) {}
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+    ~Held() { Release(); }
+    void Release();
+  };
+  std::shared_ptr<Held> held_;
 };
 
 // Who holds the lock on the file at `path`; nothing when nobody does or it cannot be known.

@@ -7,6 +7,7 @@
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/output_file.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -119,6 +120,7 @@ int ExportCsv(const Database& db, const CsvExportOptions& o, const std::string& 
   for (std::uint32_t p = 0; p < db.count(); ++p) {
     prompter.progress(StringPrintf("Reading and Writing Record %u...", p));
     if (o.filtered_only && !RecordPassesFilter(db, p)) continue;
+    if (IsRecordEnciphered(db, p)) continue;
     // The offset of 102 (the first data record's place in the file) is the program's own.
     prompter.progress(StringPrintf("Reading Record: %d:", static_cast<int>(p) - 102));
     if (db.records[p].data.empty()) {

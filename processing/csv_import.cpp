@@ -9,6 +9,7 @@
 #include "processing/formula.h"
 #include "processing/recalc.h"
 #include "processing/sort.h"
+#include "security/cipher_session.h"
 
 namespace qv {
 
@@ -213,6 +214,7 @@ class RowImporter {
     if (!ReadValues(row, reason)) return Refuse(row, reason);
     // Appended here; the sort order is restored once for all rows in Finish.
     db_.records.push_back({EncodeRecord(d_, values_), TakeRecordUid(db_), 0});
+    NoteStoredRecord(db_, db_.count() - 1);
     ++result_.imported;
     return true;
   }

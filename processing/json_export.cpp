@@ -4,6 +4,7 @@
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/output_file.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -47,6 +48,7 @@ std::string RecordsAsJson(const Database& db, bool filtered_only, const FormatOp
   for (std::uint32_t p = 0; p < db.count(); ++p) {
     if (db.records[p].data.empty()) continue;
     if (filtered_only && !RecordPassesFilter(db, p)) continue;
+    if (IsRecordEnciphered(db, p)) continue;
     out += first ? "\n  {" : ",\n  {";
     first = false;
     for (std::size_t i = 0; i < slots.size(); ++i) {

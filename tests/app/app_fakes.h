@@ -11,10 +11,12 @@
 
 #include "app/application.h"
 #include "app/dialogs.h"
+#include "app/security_gate.h"
 #include "engine/database.h"
 #include "platform/paths.h"
 #include "tests/support/builders.h"
 #include "tests/support/fakes.h"
+#include "tests/support/scripted_passwords.h"
 #include "tests/support/scripted_prompter.h"
 
 namespace qv::test {
@@ -118,9 +120,17 @@ class ScriptedAccess : public app::AccessGate {
     ++checks;
     return action == app::Guarded::EditRecords ? edit_access : app::kAccessFull;
   }
+  // The program's own deciphering and enciphering, with passwords from a script.
+  bool DecipherRecord(Workspace& workspace, Database& db, std::uint32_t number) override {
+    return app::SecurityAccessGate(passwords).DecipherRecord(workspace, db, number);
+  }
+  void EncipherOnClose(Workspace& workspace, Database& db) override {
+    app::SecurityAccessGate(passwords).EncipherOnClose(workspace, db);
+  }
   bool allow_open = true;
   int edit_access = app::kAccessFull;
   int checks = 0;
+  ScriptedPasswords passwords;
 };
 
 // Everything an Application needs, in memory and in a temporary folder.
