@@ -2,9 +2,11 @@
 
 #include <iostream>
 
+#include "engine/text.h"
+#include "platform/pattern_check.h"
 #include "platform/qt/qt_locale.h"
-#include "security/protected_open.h"
 #include "processing/store.h"
+#include "security/protected_open.h"
 
 namespace qv::cli {
 
@@ -12,11 +14,14 @@ CliContext::CliContext() : options(SystemFormatOptions()) {}
 
 void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
   parser.addOption({"date-format", "Short date pattern, for example dd/MM/yyyy.", "pattern"});
-  parser.addOption({"time-format", "Time pattern, for example HH:mm:ss or h:mm tt.", "pattern"});
+  parser.addOption({"time-format", "Time pattern, for example HH:mm:ss or h:mm:ss tt.", "pattern"});
   parser.addOption({"decimal-comma", "Show and read decimal numbers with a comma."});
   parser.addOption({"yes", "Answer yes to every question."});
   parser.addOption({"no", "Answer no to every question."});
   parser.addOption({"verbose", "Show progress texts."});
+  parser.addOption({"strict",
+                    "Write nothing when a text cannot be stored exactly in the database's "
+                    "character set, or when an import refuses a row."});
   parser.addOption({"password-file",
                     "Read the database's password from the first line of a file "
                     "(or set QUORVANT_PASSWORD).",
@@ -35,7 +40,16 @@ std::string SeparatorOf(const std::string& pattern, const char* fallback) {
 }
 }  // namespace
 
-void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
+bool CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
+  for (const char* name : {"date-format", "time-format"}) {
+    if (!parser.isSet(name)) continue;
+    std::string pattern = parser.value(name).toStdString();
+    std::string problem =
+        name[0] == 'd' ? DatePatternProblem(pattern) : TimePatternProblem(pattern);
+    if (problem.empty()) continue;
+    Error(problem);
+    return false;
+  }
   if (parser.isSet("date-format")) {
     options.locale.short_date = parser.value("date-format").toStdString();
     options.locale.date_separator = SeparatorOf(options.locale.short_date, "/");
@@ -50,14 +64,16 @@ void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
   if (parser.isSet("yes")) prompter.preset = CliPrompter::Preset::Yes;
   if (parser.isSet("no")) prompter.preset = CliPrompter::Preset::No;
   if (parser.isSet("verbose")) prompter.verbose = true;
+  if (parser.isSet("strict")) strict = true;
   if (parser.isSet("password-file"))
     passwords.password_file = parser.value("password-file").toStdString();
   if (parser.isSet("new-password-file"))
     passwords.new_password_file = parser.value("new-password-file").toStdString();
+  return true;
 }
 
-bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
-                       int min_positional, const char* usage) {
+bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
+                       const char* usage) {
   AddGlobalOptions(parser);
   if (!parser.parse(arguments)) {
     std::cerr << "qvdb: " << parser.errorText().toStdString() << "\nusage: qvdb " << usage << '\n';
@@ -67,8 +83,15 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
     std::cerr << "usage: qvdb " << usage << '\n';
     return false;
   }
-  ApplyGlobalOptions(parser);
+  if (!ApplyGlobalOptions(parser)) {
+    std::cerr << "usage: qvdb " << usage << '\n';
+    return false;
+  }
   return true;
+}
+
+std::string CliContext::Stored(const QString& utf8, const TextPlace& place) {
+  return text.Store(utf8.toStdString(), TextEncoding::Utf8, place);
 }
 
 std::unique_ptr<Database> CliContext::Open(const std::string& path) {
@@ -78,7 +101,27 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path) {
   return db;
 }
 
+bool CliContext::ReportText() {
+  if (text.exact()) return true;
+  for (const std::string& line : text.Messages()) prompter.message(line, "Warning", Icon::Warning);
+  if (text.any_invalid_utf8())
+    prompter.message(
+        "some text is not valid UTF-8; a file written in Windows-1252 (Latin-1) "
+        "reads right with --encoding cp1252",
+        "Warning", Icon::Warning);
+  if (!strict) {
+    text = TextReport{};  // said once
+    return true;
+  }
+  Error(
+      StringPrintf("nothing was saved: %zu %s cannot be stored exactly in the database's "
+                   "character set (Windows-1252)",
+                   text.losses().size(), text.losses().size() == 1 ? "text" : "texts"));
+  return false;
+}
+
 bool CliContext::Save(Database& db) {
+  if (!ReportText()) return false;
   if (EncipherOnDatabaseClose(db, ui) == EncipherResult::kCancelled) {
     Error("nothing was saved: the database is enciphered on close and no password was given");
     return false;
@@ -95,6 +138,8 @@ bool CliContext::Allowed(const Database& db, int action) {
   return false;
 }
 
-void CliContext::Error(const std::string& text) { std::cerr << "Error: " << text << '\n'; }
+void CliContext::Error(const std::string& text) {
+  std::cerr << "Error: " << text << '\n';
+}
 
 }  // namespace qv::cli

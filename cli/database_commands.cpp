@@ -62,7 +62,8 @@ int List(CliContext& context, const QStringList& arguments) {
   parser.addOption({"format", "text, tsv or json.", "format", "text"});
   parser.addOption({"numbers", "Show record numbers (text and tsv)."});
   parser.addOption({"all", "Every record, not only those that pass the filter."});
-  if (!context.Parse(parser, arguments, 1, "list FILE [--format text|tsv|json] [--numbers] [--all]"))
+  if (!context.Parse(parser, arguments, 1,
+                     "list FILE [--format text|tsv|json] [--numbers] [--all]"))
     return kUsage;
   QString format = parser.value("format");
   TableFormat table_format = format == "tsv"    ? TableFormat::Tsv
@@ -90,14 +91,15 @@ struct FieldSpec {
   unsigned length = 40;
 };
 
-std::optional<FieldSpec> ParseFieldSpec(const QString& text, std::string& problem) {
+std::optional<FieldSpec> ParseFieldSpec(const QString& text, TextReport& report,
+                                        std::string& problem) {
   QStringList parts = text.split(':');
   if (parts.size() < 2 || parts.size() > 3 || parts[0].isEmpty()) {
     problem = "a field is NAME:TYPE[:LENGTH], not '" + text.toStdString() + "'";
     return std::nullopt;
   }
   FieldSpec spec;
-  spec.name = Utf8ToCp1252(parts[0].toStdString());
+  spec.name = report.Store(parts[0].toStdString(), TextEncoding::Utf8, {nullptr, 0, "field name"});
   if (spec.name.size() > 19) {
     problem = "field name '" + parts[0].toStdString() + "' is longer than 19 characters";
     return std::nullopt;
@@ -137,18 +139,15 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
   o.encoding = *encoding;
   ImportResult result;
   std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-  auto db = NewDatabaseFromCsv(name, text, o, context.options, context.clock, context.prompter, result);
+  auto db =
+      NewDatabaseFromCsv(name, text, o, context.options, context.clock, context.prompter, result);
   if (!db) {
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;
   }
-  ReportImportProblems(result.problems);
+  for (const std::string& note : result.notes) std::cout << Cp1252ToUtf8(note) << '\n';
   db->path = path;
-  if (!context.Save(*db)) return kFailed;
-  std::cout << "imported " << result.imported << " records";
-  if (!result.problems.empty()) std::cout << ", refused " << result.problems.size() << " rows";
-  std::cout << '\n';
-  return result.problems.empty() ? kOk : kFailed;
+  return SaveImport(context, *db, result, true);
 }
 
 int New(CliContext& context, const QStringList& arguments) {
@@ -160,8 +159,8 @@ int New(CliContext& context, const QStringList& arguments) {
   parser.addOption({"force", "Replace an existing file."});
   AddExchangeOptions(parser);
   const char* usage =
-      "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C]) "
-      "[--force]";
+      "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C] "
+      "[--encoding utf-8|cp1252]) [--force] [--strict]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   if (parser.isSet("from-csv") && parser.isSet("field")) {
     context.Error("give either --field or --from-csv");
@@ -177,9 +176,10 @@ int New(CliContext& context, const QStringList& arguments) {
     context.Error("a database holds at most 100 fields");
     return kUsage;
   }
-  std::string name = parser.isSet("name") ? parser.value("name").toStdString()
-                                          : QFileInfo(QString::fromStdString(path)).completeBaseName().toStdString();
-  name = Utf8ToCp1252(name);
+  std::string name = context.Stored(
+      parser.isSet("name") ? parser.value("name")
+                           : QFileInfo(QString::fromStdString(path)).completeBaseName(),
+      {nullptr, 0, "database name"});
   if (name.empty() || name.size() > 31) {
     context.Error("the database name must be 1 to 31 characters");
     return kUsage;
@@ -188,7 +188,7 @@ int New(CliContext& context, const QStringList& arguments) {
   auto db = NewDatabase(name, context.clock);
   for (int slot = 0; slot < specs.size(); ++slot) {
     std::string problem;
-    auto spec = ParseFieldSpec(specs[slot], problem);
+    auto spec = ParseFieldSpec(specs[slot], context.text, problem);
     if (!spec) {
       context.Error(problem);
       return kUsage;
@@ -222,8 +222,9 @@ int Check(CliContext& context, const QStringList& arguments) {
   std::size_t at = 0;
   std::size_t n = std::min(original ? original->size() : 0, written.size());
   while (at < n && (*original)[at] == written[at]) ++at;
-  std::cout << "round trip differs at offset " << at << " (file " << (original ? original->size() : 0)
-            << " bytes, written " << written.size() << " bytes)\n";
+  std::cout << "round trip differs at offset " << at << " (file "
+            << (original ? original->size() : 0) << " bytes, written " << written.size()
+            << " bytes)\n";
   return kFailed;
 }
 
@@ -234,8 +235,8 @@ std::vector<Command> DatabaseCommands() {
       {"info", "info FILE", Info},
       {"list", "list FILE [--format text|tsv|json] [--numbers] [--all]", List},
       {"new",
-       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C]) "
-       "[--force]",
+       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C] "
+       "[--encoding utf-8|cp1252]) [--force] [--strict]",
        New},
       {"check", "check FILE", Check},
   };

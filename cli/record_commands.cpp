@@ -31,8 +31,9 @@ bool EncipherAfterEdit(CliContext& context, Database& db, std::uint32_t number,
   int mode = GetEncryptionMode(db.definition());
   if (mode != kEncryptMarkedFields && !(mode == kManualEncryption && was_enciphered)) return true;
   if (EncipherRecord(db, number, context.ui) != EncipherResult::kCancelled) return true;
-  context.Error("nothing was saved: the record's marked fields are enciphered on close and no "
-                "password was accepted");
+  context.Error(
+      "nothing was saved: the record's marked fields are enciphered on close and no "
+      "password was accepted");
   return false;
 }
 
@@ -55,7 +56,7 @@ int Add(CliContext& context, const QStringList& arguments) {
     RecordHeader header = NewRecordHeader(random);
     values.prefix.assign(header.bytes.begin(), header.bytes.end());
   }
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
+  if (!ApplyAssignments(context, *db, args, kNewRecord, values)) return kFailed;
   auto number = StoreEditedRecord(context, *db, values, kNewRecord);
   if (!number || !EncipherAfterEdit(context, *db, *number, false)) return kFailed;
   if (!context.Save(*db)) return kFailed;
@@ -82,7 +83,7 @@ int Set(CliContext& context, const QStringList& arguments) {
   bool was_enciphered = FieldsEnciphered(*db, *number);
   if (!DecipherOnRecordOpen(*db, *number, context.ui)) return kFailed;
   RecordValues values = DecodeRecord(db->records[*number].data);
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
+  if (!ApplyAssignments(context, *db, args, *number, values)) return kFailed;
   auto stored = StoreEditedRecord(context, *db, values, *number);
   if (!stored || !EncipherAfterEdit(context, *db, *stored, was_enciphered)) return kFailed;
   return context.Save(*db) ? kOk : kFailed;
