@@ -32,7 +32,7 @@ bool TextReport::any_invalid_utf8() const {
 std::vector<std::string> TextReport::Messages() const {
   std::vector<std::string> out;
   for (const TextLoss& loss : losses_)
-    out.push_back(StringPrintf("%s%s\"%s\" cannot be stored exactly; stored as \"%s\"",
+    out.push_back(StringPrintf("%s%s\"%s\" cannot be stored exactly and becomes \"%s\"",
                                loss.place.c_str(), loss.place.empty() ? "" : ": ",
                                loss.given.c_str(), loss.stored.c_str()));
   return out;

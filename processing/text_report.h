@@ -37,7 +37,7 @@ class TextReport {
   bool exact() const { return losses_.empty(); }
   const std::vector<TextLoss>& losses() const { return losses_; }
   bool any_invalid_utf8() const;
-  // One message per value: line 3, Name: "Łódź" cannot be stored exactly; stored as "?ód?".
+  // One message per value: line 3, Name: "Łódź" cannot be stored exactly and becomes "?ód?".
   std::vector<std::string> Messages() const;
 
  private:

@@ -38,7 +38,7 @@ TEST_F(QvdbInputTest, TextTheDatabaseCannotHoldIsReportedOrUnderStrictRefused) {
   auto added = RunQvdb({"add", db_, "Name=" + lodz_, "Qty=1"});
   EXPECT_EQ(added.exit_code, 0);
   EXPECT_EQ(added.err, "Warning: Name: \"" + lodz_ +
-                           "\" cannot be stored exactly; stored as \"?\xC3\xB3"
+                           "\" cannot be stored exactly and becomes \"?\xC3\xB3"
                            "d?\"\n");
   auto set = RunQvdb({"set", db_, "1", "Name=\xE2\x98\x83"});
   EXPECT_NE(set.err.find("Warning: record 1, Name: \"\xE2\x98\x83\""), std::string::npos);

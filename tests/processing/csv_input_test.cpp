@@ -66,7 +66,7 @@ TEST_F(CsvInputTest, TextNotStoredExactlyIsReportedWithLineAndField) {
   EXPECT_TRUE(latin1.text.losses()[0].invalid_utf8);
   EXPECT_EQ(latin1.text.Messages()[1],
             "line 4, Name: \"\xC5\x81\xC3\xB3"
-            "d\xC5\xBA\" cannot be stored exactly; stored as \"?\xC3\xB3"
+            "d\xC5\xBA\" cannot be stored exactly and becomes \"?\xC3\xB3"
             "d?\"");
   EXPECT_EQ(Column(*db_, 0)[0], "?t? caf?");  // the letters after a bad byte are kept
   ImportResult nul =
