@@ -13,22 +13,24 @@
 #include <set>
 
 #include "engine/text.h"
+#include "processing/text_report.h"
 
 namespace qv::app {
 
 namespace {
 
 // The types a field can be given here; the others need settings only the full field editor has.
-constexpr FieldType kOfferedTypes[] = {kText, kInteger, kFloat, kPopUp, kCheckBox,
-                                       kUnique, kDate, kTime, kNote};
+constexpr FieldType kOfferedTypes[] = {kText,   kInteger, kFloat, kPopUp, kCheckBox,
+                                       kUnique, kDate,    kTime,  kNote};
 constexpr int kNameBytes = 19;      // a field name holds 19 characters and its terminator
 constexpr int kDatabaseBytes = 31;  // the header's name holds 31 and its terminator
 
 QComboBox* TypeBox(unsigned type, QWidget* parent) {
   auto* box = new QComboBox(parent);
   for (FieldType t : kOfferedTypes) {
-    box->addItem(QString::fromUtf8(FieldTypeName(t).data(), static_cast<qsizetype>(FieldTypeName(t).size())),
-                 static_cast<int>(t));
+    box->addItem(
+        QString::fromUtf8(FieldTypeName(t).data(), static_cast<qsizetype>(FieldTypeName(t).size())),
+        static_cast<int>(t));
     if (t == type) box->setCurrentIndex(box->count() - 1);
   }
   return box;
@@ -83,10 +85,14 @@ void NewDatabaseDialog::AddField(const QString& name, unsigned type) {
   fields_->setCellWidget(row, 1, TypeBox(type, fields_));
 }
 
-void NewDatabaseDialog::SetDatabaseName(const QString& name) { name_->setText(name); }
+void NewDatabaseDialog::SetDatabaseName(const QString& name) {
+  name_->setText(name);
+}
 
 bool NewDatabaseDialog::Apply(Database& db, QString& problem) const {
-  std::string name = Utf8ToCp1252(name_->text().trimmed().toStdString());
+  TextReport report;
+  std::string name = report.Store(name_->text().trimmed().toStdString(), TextEncoding::Utf8,
+                                  {nullptr, 0, "database name"});
   if (name.empty() || name.size() > kDatabaseBytes) {
     problem = tr("The database name must be 1 to 31 characters.");
     return false;
@@ -98,7 +104,8 @@ bool NewDatabaseDialog::Apply(Database& db, QString& problem) const {
   std::set<std::string> seen;
   for (int row = 0; row < fields_->rowCount(); ++row) {
     QTableWidgetItem* item = fields_->item(row, 0);
-    std::string field = Utf8ToCp1252(item ? item->text().trimmed().toStdString() : std::string());
+    std::string field = report.Store(item ? item->text().trimmed().toStdString() : std::string(),
+                                     TextEncoding::Utf8, {nullptr, 0, "field name"});
     if (field.empty() || field.size() > kNameBytes) {
       problem = tr("Field names must be 1 to 19 characters.");
       return false;
@@ -107,6 +114,14 @@ bool NewDatabaseDialog::Apply(Database& db, QString& problem) const {
       problem = tr("Two fields have the same name.");
       return false;
     }
+  }
+  if (!report.exact()) {
+    problem =
+        tr("These names cannot be stored exactly in the database's character set "
+           "(Windows-1252):");
+    for (const std::string& line : report.Messages())
+      problem += "\n" + QString::fromStdString(line);
+    return false;
   }
   db.name = name;
   db.header.SetName(name);

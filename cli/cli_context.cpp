@@ -3,6 +3,8 @@
 #include <iostream>
 
 #include "cli/command_access.h"
+#include "engine/text.h"
+#include "platform/pattern_check.h"
 #include "platform/qt/qt_locale.h"
 #include "processing/store.h"
 #include "security/cipher_session.h"
@@ -15,11 +17,14 @@ CliContext::CliContext() : options(SystemFormatOptions()) {}
 
 void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
   parser.addOption({"date-format", "Short date pattern, for example dd/MM/yyyy.", "pattern"});
-  parser.addOption({"time-format", "Time pattern, for example HH:mm:ss or h:mm tt.", "pattern"});
+  parser.addOption({"time-format", "Time pattern, for example HH:mm:ss or h:mm:ss tt.", "pattern"});
   parser.addOption({"decimal-comma", "Show and read decimal numbers with a comma."});
   parser.addOption({"yes", "Answer yes to every question."});
   parser.addOption({"no", "Answer no to every question."});
   parser.addOption({"verbose", "Show progress texts."});
+  parser.addOption({"strict",
+                    "Write nothing when a text cannot be stored exactly in the database's "
+                    "character set, or when an import refuses a row."});
   parser.addOption({"password-file",
                     "Read the database's password from the first line of a file "
                     "(or set QUORVANT_PASSWORD).",
@@ -40,7 +45,16 @@ std::string SeparatorOf(const std::string& pattern, const char* fallback) {
 }
 }  // namespace
 
-void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
+bool CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
+  for (const char* name : {"date-format", "time-format"}) {
+    if (!parser.isSet(name)) continue;
+    std::string pattern = parser.value(name).toStdString();
+    std::string problem =
+        name[0] == 'd' ? DatePatternProblem(pattern) : TimePatternProblem(pattern);
+    if (problem.empty()) continue;
+    Error(problem);
+    return false;
+  }
   if (parser.isSet("date-format")) {
     options.locale.short_date = parser.value("date-format").toStdString();
     options.locale.date_separator = SeparatorOf(options.locale.short_date, "/");
@@ -55,11 +69,13 @@ void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
   if (parser.isSet("yes")) prompter.preset = CliPrompter::Preset::Yes;
   if (parser.isSet("no")) prompter.preset = CliPrompter::Preset::No;
   if (parser.isSet("verbose")) prompter.verbose = true;
+  if (parser.isSet("strict")) strict = true;
   if (parser.isSet("password-file"))
     passwords.password_file = parser.value("password-file").toStdString();
   if (parser.isSet("allow-empty-password")) passwords.allow_empty = true;
   if (parser.isSet("new-password-file"))
     passwords.new_password_file = parser.value("new-password-file").toStdString();
+  return true;
 }
 
 bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
@@ -73,8 +89,15 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
     std::cerr << "usage: qvdb " << usage << '\n';
     return false;
   }
-  ApplyGlobalOptions(parser);
+  if (!ApplyGlobalOptions(parser)) {
+    std::cerr << "usage: qvdb " << usage << '\n';
+    return false;
+  }
   return true;
+}
+
+std::string CliContext::Stored(const QString& utf8, const TextPlace& place) {
+  return text.Store(utf8.toStdString(), TextEncoding::Utf8, place);
 }
 
 std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_view verb) {
@@ -92,7 +115,27 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_
   return db;
 }
 
+bool CliContext::ReportText() {
+  if (text.exact()) return true;
+  for (const std::string& line : text.Messages()) prompter.message(line, "Warning", Icon::Warning);
+  if (text.any_invalid_utf8())
+    prompter.message(
+        "some text is not valid UTF-8; a file written in Windows-1252 (Latin-1) "
+        "reads right with --encoding cp1252",
+        "Warning", Icon::Warning);
+  if (!strict) {
+    text = TextReport{};  // said once
+    return true;
+  }
+  Error(
+      StringPrintf("nothing was saved: %zu %s cannot be stored exactly in the database's "
+                   "character set (Windows-1252)",
+                   text.losses().size(), text.losses().size() == 1 ? "text" : "texts"));
+  return false;
+}
+
 bool CliContext::Save(Database& db) {
+  if (!ReportText()) return false;
   if (!EncipherBeforeSave(db, ui)) {
     Error("nothing was saved: records are enciphered as they are saved, and no password was given");
     return false;

@@ -13,6 +13,7 @@
 #include "engine/database.h"
 #include "platform/locale.h"
 #include "platform/system_clock.h"
+#include "processing/text_report.h"
 #include "security/access.h"
 
 namespace qv::cli {
@@ -29,12 +30,19 @@ class CliContext {
   CliPasswords passwords;
   std::string password_buffer;  // the text last given to a password prompt
   SecurityUi ui{prompter, passwords, password_buffer};
+  // Every text the command stores goes through it; Save shows what could not be stored exactly.
+  TextReport text;
+  bool strict = false;  // --strict: refuse such text, and an import that refuses a row
 
-  // Adds --date-format, --time-format, --decimal-comma, --yes, --no, --verbose,
+  // A text from the command line as the database stores it.
+  std::string Stored(const QString& utf8, const TextPlace& place);
+
+  // Adds --date-format, --time-format, --decimal-comma, --yes, --no, --verbose, --strict,
   // --password-file and --new-password-file; every
   // command's parser carries them so they may stand anywhere on the line.
   static void AddGlobalOptions(QCommandLineParser& parser);
-  void ApplyGlobalOptions(const QCommandLineParser& parser);
+  // False (the problem reported) for a date or time pattern the formatter cannot read.
+  bool ApplyGlobalOptions(const QCommandLineParser& parser);
 
   // Parses the command's arguments; prints the problem and returns false on bad usage.
   bool Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
@@ -52,10 +60,13 @@ class CliContext {
   // Saves through a sibling file; reports "ERROR:File could not be saved" and why on failure
   // (another program holds the file, it changed on disk, it is not writable). What the
   // encryption mode enciphers is enciphered first, under the password this command was given;
-  // when none can be had nothing is written.
+  // when none can be had nothing is written. Text that could not be stored exactly is listed
+  // first, and under --strict nothing is written.
   bool Save(Database& db);
   // Says how many records a reader left out as enciphered (nothing for none).
   void ReportLeftOut(std::size_t count);
+  // Lists the texts not stored exactly; false under --strict when there are any.
+  bool ReportText();
   // The access check of a guarded action; anything short of full permission (view only
   // included) is refused with the system's message.
   bool Allowed(const Database& db, int action);

@@ -7,7 +7,9 @@
 #include <fstream>
 #include <iostream>
 
+#include "engine/container.h"
 #include "engine/text.h"
+#include "security/password_text.h"
 #include "security/settings.h"
 
 namespace qv::cli {
@@ -40,11 +42,9 @@ std::optional<std::string> ReadHidden() {
 
 // Typed text is UTF-8; files keep 8-bit text.
 std::optional<std::string> Checked(const std::string& utf8) {
-  std::string text = Utf8ToCp1252(utf8);
-  if (text.size() > kMaxPasswordLength) {
-    std::cerr << "Error: a password has at most " << kMaxPasswordLength << " characters\n";
-    return std::nullopt;
-  }
+  std::string problem;
+  auto text = PasswordFromUtf8(utf8, problem);
+  if (!text) std::cerr << "Error: " << problem << '\n';
   return text;
 }
 
@@ -54,14 +54,13 @@ std::optional<std::string> CliPasswords::Given(bool new_access, bool& given) {
   const std::optional<std::string>& file = new_access ? new_password_file : password_file;
   given = true;
   if (file) {
-    std::ifstream in(*file, std::ios::binary);
-    std::string line;
-    if (!in || (!std::getline(in, line) && !in.eof())) {
+    auto bytes = ReadWholeFile(*file);
+    if (!bytes) {
       std::cerr << "Error: cannot read the password file '" << *file << "'\n";
       return std::nullopt;
     }
-    StripLineEnd(line);
-    return NonEmpty(line, "the password file '" + *file + "'");
+    std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+    return NonEmpty(std::string(FirstLine(text)), "the password file '" + *file + "'");
   }
   const char* variable = new_access ? "QUORVANT_NEW_PASSWORD" : "QUORVANT_PASSWORD";
   if (const char* env = std::getenv(variable)) return NonEmpty(env, variable);

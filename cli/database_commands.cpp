@@ -96,14 +96,15 @@ struct FieldSpec {
   unsigned length = 40;
 };
 
-std::optional<FieldSpec> ParseFieldSpec(const QString& text, std::string& problem) {
+std::optional<FieldSpec> ParseFieldSpec(const QString& text, TextReport& report,
+                                        std::string& problem) {
   QStringList parts = text.split(':');
   if (parts.size() < 2 || parts.size() > 3 || parts[0].isEmpty()) {
     problem = "a field is NAME:TYPE[:LENGTH], not '" + text.toStdString() + "'";
     return std::nullopt;
   }
   FieldSpec spec;
-  spec.name = Utf8ToCp1252(parts[0].toStdString());
+  spec.name = report.Store(parts[0].toStdString(), TextEncoding::Utf8, {nullptr, 0, "field name"});
   if (spec.name.size() > 19) {
     problem = "field name '" + parts[0].toStdString() + "' is longer than 19 characters";
     return std::nullopt;
@@ -149,14 +150,10 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;
   }
-  ReportImportProblems(result.problems);
+  for (const std::string& note : result.notes) std::cout << Cp1252ToUtf8(note) << '\n';
   db->path = path;
   db->disk = StampOf(path);  // a file made meanwhile by another command is not replaced
-  if (!context.Save(*db)) return kFailed;
-  std::cout << "imported " << result.imported << " records";
-  if (!result.problems.empty()) std::cout << ", refused " << result.problems.size() << " rows";
-  std::cout << '\n';
-  return result.problems.empty() ? kOk : kFailed;
+  return SaveImport(context, *db, result, true);
 }
 
 int New(CliContext& context, const QStringList& arguments) {
@@ -168,8 +165,8 @@ int New(CliContext& context, const QStringList& arguments) {
   parser.addOption({"force", "Replace an existing file."});
   AddExchangeOptions(parser);
   const char* usage =
-      "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C]) "
-      "[--force]";
+      "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C] "
+      "[--encoding utf-8|cp1252]) [--force] [--strict]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   if (parser.isSet("from-csv") && parser.isSet("field")) {
     context.Error("give either --field or --from-csv");
@@ -191,10 +188,10 @@ int New(CliContext& context, const QStringList& arguments) {
     context.Error("a database holds at most 100 fields");
     return kUsage;
   }
-  std::string name = parser.isSet("name")
-                         ? parser.value("name").toStdString()
-                         : QFileInfo(QString::fromStdString(path)).completeBaseName().toStdString();
-  name = Utf8ToCp1252(name);
+  std::string name = context.Stored(
+      parser.isSet("name") ? parser.value("name")
+                           : QFileInfo(QString::fromStdString(path)).completeBaseName(),
+      {nullptr, 0, "database name"});
   if (name.empty() || name.size() > 31) {
     context.Error("the database name must be 1 to 31 characters");
     return kUsage;
@@ -203,7 +200,7 @@ int New(CliContext& context, const QStringList& arguments) {
   auto db = NewDatabase(name, context.clock);
   for (int slot = 0; slot < specs.size(); ++slot) {
     std::string problem;
-    auto spec = ParseFieldSpec(specs[slot], problem);
+    auto spec = ParseFieldSpec(specs[slot], context.text, problem);
     if (!spec) {
       context.Error(problem);
       return kUsage;
@@ -253,9 +250,8 @@ std::vector<Command> DatabaseCommands() {
       {"info", "info FILE", Info},
       {"list", "list FILE [--format text|tsv|json] [--numbers] [--all]", List},
       {"new",
-       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator "
-       "C]) "
-       "[--force]",
+       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C] "
+       "[--encoding utf-8|cp1252]) [--force] [--strict]",
        New},
       {"check", "check FILE", Check},
   };

@@ -73,7 +73,8 @@ int Import(CliContext& context, const QStringList& arguments) {
   parser.addOption({"no-header", "There is no header line: columns follow the display order."});
   AddExchangeOptions(parser);
   const char* usage =
-      "import FILE IN.csv [--separator C] [--encoding utf-8|cp1252] [--header|--no-header]";
+      "import FILE IN.csv [--separator C] [--encoding utf-8|cp1252] [--header|--no-header] "
+      "[--strict]";
   if (!context.Parse(parser, arguments, 2, usage)) return kUsage;
   auto separator = SeparatorOption(context, parser);
   auto encoding = EncodingOption(context, parser);
@@ -97,12 +98,7 @@ int Import(CliContext& context, const QStringList& arguments) {
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;
   }
-  ReportImportProblems(result.problems);
-  if (result.imported > 0 && !context.Save(*db)) return kFailed;
-  std::cout << "imported " << result.imported << " records";
-  if (!result.problems.empty()) std::cout << ", refused " << result.problems.size() << " rows";
-  std::cout << '\n';
-  return result.problems.empty() ? kOk : kFailed;
+  return SaveImport(context, *db, result, false);
 }
 
 }  // namespace
@@ -114,7 +110,8 @@ std::vector<Command> ExchangeCommands() {
        "[--slot-order] [--separator C] [--encoding utf-8|cp1252]",
        Export},
       {"import",
-       "import FILE IN.csv [--separator C] [--encoding utf-8|cp1252] [--header|--no-header]",
+       "import FILE IN.csv [--separator C] [--encoding utf-8|cp1252] [--header|--no-header] "
+       "[--strict]",
        Import},
   };
 }

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "cli/command.h"
 #include "engine/text.h"
 
 namespace qv::cli {
@@ -33,6 +34,22 @@ std::optional<TextEncoding> EncodingOption(CliContext& context, const QCommandLi
 void ReportImportProblems(const std::vector<ImportProblem>& problems) {
   for (const ImportProblem& p : problems)
     std::cerr << "line " << p.line << ": " << Cp1252ToUtf8(p.reason) << '\n';
+}
+
+int SaveImport(CliContext& context, Database& db, const ImportResult& result, bool new_file) {
+  ReportImportProblems(result.problems);
+  context.text.Merge(result.text);
+  const std::size_t refused = result.problems.size();
+  if (context.strict && refused > 0) {
+    context.Error(StringPrintf("nothing was imported: %zu of %zu rows were refused (--strict)",
+                               refused, refused + result.imported));
+    return kFailed;
+  }
+  if ((result.imported > 0 || new_file) && !context.Save(db)) return kFailed;
+  std::cout << "imported " << result.imported << " records";
+  if (refused > 0) std::cout << ", refused " << refused << " rows";
+  std::cout << '\n';
+  return refused == 0 ? kOk : kFailed;
 }
 
 }  // namespace qv::cli

@@ -83,26 +83,36 @@ Want WantedOption(ConstFieldDefinition field) {
     case kNote:
     case kDbPopup:
     case kConditional:
-    case kLinked: return Want::Contains;
-    case kPopUp: return Want::Equals;
+    case kLinked:
+      return Want::Contains;
+    case kPopUp:
+      return Want::Equals;
     case kInteger:
     case kUnique:
     case kFloat:
     case kDate:
     case kTime:
-    case kCalculated: return Want::Range;
-    case kCheckBox: return Want::Checked;
-    default: return Want::Nothing;
+    case kCalculated:
+      return Want::Range;
+    case kCheckBox:
+      return Want::Checked;
+    default:
+      return Want::Nothing;
   }
 }
 
 const char* WantText(Want want) {
   switch (want) {
-    case Want::Contains: return "--contains TEXT";
-    case Want::Equals: return "--equals TEXT";
-    case Want::Range: return "--range LOW HIGH";
-    case Want::Checked: return "--checked 0|1";
-    case Want::Nothing: return "no value (conditions on it always hold)";
+    case Want::Contains:
+      return "--contains TEXT";
+    case Want::Equals:
+      return "--equals TEXT";
+    case Want::Range:
+      return "--range LOW HIGH";
+    case Want::Checked:
+      return "--checked 0|1";
+    case Want::Nothing:
+      return "no value (conditions on it always hold)";
   }
   return "";
 }
@@ -134,8 +144,10 @@ std::string Describe(const Database& db, int i, const FilterConditionControls& k
     case Want::Range:
       if (k.upper.empty()) return out + (k.lower.empty() ? "any value" : "from " + k.lower + " on");
       return out + (k.lower.empty() ? "up to " + k.upper : "from " + k.lower + " to " + k.upper);
-    case Want::Checked: return out + (c.lower ? "is checked" : "is not checked");
-    case Want::Nothing: return out + "(always holds)";
+    case Want::Checked:
+      return out + (c.lower ? "is checked" : "is not checked");
+    case Want::Nothing:
+      return out + "(always holds)";
   }
   return out;
 }
@@ -143,8 +155,8 @@ std::string Describe(const Database& db, int i, const FilterConditionControls& k
 int FilterShow(CliContext& context, Database& db) {
   FilterDialogControls controls = FilterControlsFromDatabase(db, context.options);
   for (int i = 0; i < kConditions; ++i)
-    std::cout << i + 1 << ": " << Describe(db, i, controls.conditions[i], db.definition().condition(i))
-              << '\n';
+    std::cout << i + 1 << ": "
+              << Describe(db, i, controls.conditions[i], db.definition().condition(i)) << '\n';
   std::cout << db.visible.size() << " of " << db.count() << " records pass\n";
   return kOk;
 }
@@ -186,8 +198,8 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
               int{parser.isSet("checked")};
   bool matches = (want == Want::Contains && parser.isSet("contains")) ||
                  (want == Want::Equals && parser.isSet("equals")) ||
-                 (want == Want::Range && range) || (want == Want::Checked && parser.isSet("checked")) ||
-                 want == Want::Nothing;
+                 (want == Want::Range && range) ||
+                 (want == Want::Checked && parser.isSet("checked")) || want == Want::Nothing;
   if (given > 1 || !matches || (want == Want::Nothing && given > 0)) {
     context.Error(NameOf(db, *slot) + " is a " + std::string(FieldTypeName(field.type())) +
                   " field: give " + WantText(want));
@@ -196,11 +208,12 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
   FilterConditionControls controls;
   controls.enabled = true;
   controls.field = *slot;
-  controls.must_contain = Utf8ToCp1252(
-      (parser.isSet("contains") ? parser.value("contains") : parser.value("equals")).toStdString());
+  const TextPlace place{"condition", static_cast<std::size_t>(n), field.name()};
+  controls.must_contain = context.Stored(
+      parser.isSet("contains") ? parser.value("contains") : parser.value("equals"), place);
   if (range) {
-    controls.lower = Utf8ToCp1252(range->first.toStdString());
-    controls.upper = Utf8ToCp1252(range->second.toStdString());
+    controls.lower = context.Stored(range->first, place);
+    controls.upper = context.Stored(range->second, place);
   }
   if (parser.isSet("checked")) {
     QString state = parser.value("checked");
@@ -217,8 +230,10 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
     return kFailed;
   }
   c.in_use = 1;
-  c.join = static_cast<std::uint8_t>((parser.isSet("not") ? 0x01 : 0) | (parser.isSet("or") ? 0x02 : 0));
-  c.group = static_cast<std::uint8_t>((parser.isSet("open") ? 0x01 : 0) | (parser.isSet("close") ? 0x02 : 0));
+  c.join =
+      static_cast<std::uint8_t>((parser.isSet("not") ? 0x01 : 0) | (parser.isSet("or") ? 0x02 : 0));
+  c.group = static_cast<std::uint8_t>((parser.isSet("open") ? 0x01 : 0) |
+                                      (parser.isSet("close") ? 0x02 : 0));
   db.definition().set_condition(n - 1, c);
   db.changed = true;
   RebuildFilteredList(db);
@@ -239,7 +254,8 @@ int Filter(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("ACTION", "set, clear or show.");
   parser.addOption({"field", "The field the condition tests.", "field"});
-  parser.addOption({"contains", "Text the value must contain (empty: the value must be empty).", "text"});
+  parser.addOption(
+      {"contains", "Text the value must contain (empty: the value must be empty).", "text"});
   parser.addOption({"equals", "The Pop-Up value to match.", "text"});
   parser.addOption({"checked", "The Check-Box state wanted.", "state"});
   parser.addOption({"not", "Invert the condition."});
@@ -280,8 +296,10 @@ int Calc(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addOption({"field", "The Calculated field to define or redefine.", "name"});
   parser.addOption({"formula", "The formula, for example \"(F1 + F2) * 2\".", "expr"});
-  parser.addOption({"result-kind", "0 decimal (4 places), 1 integer, 2 time, 3 date, "
-                                   "4 to 6: 3 to 1 decimal places.", "kind"});
+  parser.addOption({"result-kind",
+                    "0 decimal (4 places), 1 integer, 2 time, 3 date, "
+                    "4 to 6: 3 to 1 decimal places.",
+                    "kind"});
   const char* usage = "calc FILE --field NAME --formula \"EXPR\" [--result-kind K]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   if (!parser.isSet("field") || !parser.isSet("formula")) {
@@ -297,7 +315,7 @@ int Calc(CliContext& context, const QStringList& arguments) {
       return kUsage;
     }
   }
-  std::string name = Utf8ToCp1252(parser.value("field").toStdString());
+  std::string name = context.Stored(parser.value("field"), {nullptr, 0, "field name"});
   if (name.empty() || name.size() > 19) {
     context.Error("a field name is 1 to 19 characters");
     return kUsage;
@@ -325,7 +343,8 @@ int Calc(CliContext& context, const QStringList& arguments) {
   }
   std::string formula = Utf8ToCp1252(parser.value("formula").toStdString());
   if (!BuildFormula(definition, *slot, formula, context.prompter)) return kFailed;
-  if (kind >= 0) definition.field(*slot).bytes()[formula::kResultKind] = static_cast<std::uint8_t>(kind);
+  if (kind >= 0)
+    definition.field(*slot).bytes()[formula::kResultKind] = static_cast<std::uint8_t>(kind);
   db->changed = true;
   int pass = RecalculateFrom(*db, 0, context.prompter);
   RebuildFilteredList(*db);

@@ -38,7 +38,7 @@ int Add(CliContext& context, const QStringList& arguments) {
     RecordHeader header = NewRecordHeader(random);
     values.prefix.assign(header.bytes.begin(), header.bytes.end());
   }
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
+  if (!ApplyAssignments(context, *db, args, kNewRecord, values)) return kFailed;
   // Stored as the record editor stores it: the encryption mode applies before the save.
   auto number = StoreEditedRecord(context, *db, values, kNewRecord);
   if (!number) return kFailed;
@@ -65,7 +65,7 @@ int Set(CliContext& context, const QStringList& arguments) {
   args.removeFirst();
   if (!DecipherOnRecordOpen(*db, *number, context.ui)) return kFailed;
   RecordValues values = DecodeRecord(db->records[*number].data);
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
+  if (!ApplyAssignments(context, *db, args, *number, values)) return kFailed;
   if (!StoreEditedRecord(context, *db, values, *number)) return kFailed;
   return context.Save(*db) ? kOk : kFailed;
 }

@@ -9,7 +9,7 @@
 namespace qv::cli {
 
 bool ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
-                      RecordValues& values) {
+                      std::uint32_t number, RecordValues& values) {
   for (const QString& assignment : assignments) {
     qsizetype eq = assignment.indexOf('=');
     if (eq <= 0) {
@@ -17,13 +17,15 @@ bool ApplyAssignments(CliContext& context, const Database& db, const QStringList
       return false;
     }
     std::string field = Utf8ToCp1252(assignment.left(eq).toStdString());
-    std::string text = Utf8ToCp1252(assignment.mid(eq + 1).toStdString());
     auto slot = db.definition().FindField(field);
     if (!slot) {
       context.Error("no field named '" + Cp1252ToUtf8(field) + "'");
       return false;
     }
     ConstFieldDefinition f = db.definition().field(*slot);
+    const bool fresh = number == kNewRecord;
+    std::string text =
+        context.Stored(assignment.mid(eq + 1), {fresh ? nullptr : "record", number + 1, f.name()});
     auto value = ParseValue(f, db.schema.fields[*slot], text, context.options);
     if (!value) {
       context.Error(StringPrintf("'%s' is not a valid %s value for %s", Cp1252ToUtf8(text).c_str(),

@@ -9,9 +9,10 @@
 
 namespace qv::cli {
 
-// Applies FIELD=VALUE texts to `values`; reports the first unknown field or bad value.
+// Applies FIELD=VALUE texts to the values of record `number` (kNewRecord for a new one);
+// reports the first unknown field or bad value.
 bool ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
-                      RecordValues& values);
+                      std::uint32_t number, RecordValues& values);
 // Stores a new (kNewRecord) or edited record; its final number, or nothing when refused.
 std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,
                                                const RecordValues& values, std::uint32_t number);

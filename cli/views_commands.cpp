@@ -119,7 +119,9 @@ int Find(CliContext& context, const QStringList& arguments) {
   auto db = context.Open(args.at(0).toStdString());
   if (!db) return kFailed;
   FindSettings settings;
-  settings.text = Utf8ToCp1252(args.at(1).toStdString());
+  // A letter the database cannot hold cannot be found in it either: said, not silently changed.
+  settings.text = context.Stored(args.at(1), {nullptr, 0, "search text"});
+  context.ReportText();
   settings.case_sensitive = parser.isSet("case");
   settings.begins_with = parser.isSet("begins");
   if (settings.text.size() > 34) {

@@ -73,11 +73,6 @@ bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec
                      std::string& error) {
   std::string_view name = HeaderName(cell);
   spec.name = std::string(name.empty() ? StringPrintf("Field %zu", column + 1) : name);
-  if (spec.name.size() > kLongestName) {
-    error = StringPrintf("the field name '%s' is longer than %zu characters", spec.name.c_str(),
-                         kLongestName);
-    return false;
-  }
   if (name.size() == cell.size()) return true;
   std::string_view rest = cell.substr(name.size() + 1);
   std::size_t colon = rest.find(':');
@@ -100,9 +95,41 @@ bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec
   return true;
 }
 
+// A name the database does not have yet, at most 19 characters: "Field" again becomes
+// "Field~2", a long name loses its end.
+std::string UniqueName(const DatabaseDefinition& d, const std::string& wanted) {
+  auto cut = [&wanted](std::size_t size) {
+    std::string part = wanted.substr(0, size);
+    part.erase(part.find_last_not_of(' ') + 1);
+    return part;
+  };
+  std::string name = cut(kLongestName);
+  for (int n = 2; d.FindField(name); ++n) {
+    std::string suffix = "~" + std::to_string(n);
+    name = cut(kLongestName - suffix.size()) + suffix;
+  }
+  return name;
+}
+
+// The guessed type, made one that can hold an empty cell when the column has any: an empty
+// cell must not become a number or an unticked box.
+FieldType GuessWithEmpties(const std::vector<std::string_view>& cells, bool empties,
+                           const FormatOptions& options, std::string& note) {
+  FieldType guess = GuessFieldType(cells, options);
+  FieldType type = guess;
+  if (empties && guess == kInteger) type = kFloat;
+  if (empties && guess == kCheckBox) type = kText;
+  note = std::string(FieldTypeName(type)) + " (guessed";
+  if (type != guess)
+    note += "; " + std::string(FieldTypeName(guess)) + " cannot hold its empty cells";
+  note += ")";
+  return type;
+}
+
 void DefineField(FieldDefinition field, const ColumnSpec& spec,
-                 const std::vector<std::string_view>& cells, const FormatOptions& options) {
-  FieldType type = spec.type ? *spec.type : GuessFieldType(cells, options);
+                 const std::vector<std::string_view>& cells, bool empties,
+                 const FormatOptions& options, std::string& note) {
+  FieldType type = spec.type ? *spec.type : GuessWithEmpties(cells, empties, options, note);
   std::size_t longest = 0;
   for (std::string_view cell : cells) longest = std::max(longest, cell.size());
   field.set_type(type);
@@ -138,6 +165,10 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
                                              Prompter& prompter, ImportResult& result) {
   result = ImportResult{};
   std::vector<CsvRow> rows = ReadCsv(text, import_options.separator);
+  std::size_t first = 0;
+  while (first < rows.size() && rows[first].cells.size() == 1 && rows[first].cells[0].empty())
+    ++first;  // blank lines before the header
+  rows.erase(rows.begin(), rows.begin() + static_cast<std::ptrdiff_t>(first));
   if (rows.empty() || rows[0].cells.empty()) {
     result.error = "the file has no header line naming the fields";
     return nullptr;
@@ -151,23 +182,40 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
   auto db = NewDatabase(name, clock);
   for (std::size_t c = 0; c < header.size(); ++c) {
     ColumnSpec spec;
-    if (!ParseHeaderCell(DecodeFromFile(header[c], import_options.encoding), c, spec, result.error))
-      return nullptr;
-    if (db->definition().FindField(spec.name)) {
-      result.error = StringPrintf("the field name '%s' is given twice", spec.name.c_str());
-      return nullptr;
-    }
+    std::string cell =
+        result.text.Store(header[c], import_options.encoding, {nullptr, 0, "field name"});
+    if (!ParseHeaderCell(TrimBlanks(cell), c, spec, result.error)) return nullptr;
+    std::string wanted = spec.name;
+    spec.name = UniqueName(db->definition(), wanted);
+    if (spec.name != wanted)
+      result.notes.push_back(
+          StringPrintf("the column '%s' is the field '%s' (%s)", wanted.c_str(), spec.name.c_str(),
+                       wanted.size() > kLongestName ? "a field name is at most 19 characters"
+                                                    : "the name was given before"));
     std::vector<std::string> stored;
-    for (std::size_t r = 1; r < rows.size(); ++r)
-      if (c < rows[r].cells.size() && !rows[r].cells[c].empty() && rows[r].problem.empty())
+    bool empties = false;
+    for (std::size_t r = 1; r < rows.size(); ++r) {
+      const bool blank = rows[r].cells.size() == 1 && rows[r].cells[0].empty() && header.size() > 1;
+      if (!rows[r].problem.empty() || blank) continue;
+      if (c >= rows[r].cells.size() || rows[r].cells[c].empty())
+        empties = true;
+      else
         stored.push_back(DecodeFromFile(rows[r].cells[c], import_options.encoding));
+    }
     std::vector<std::string_view> cells(stored.begin(), stored.end());
-    DefineField(db->definition().field(static_cast<int>(c)), spec, cells, options);
+    std::string note;
+    const int slot = static_cast<int>(c);
+    DefineField(db->definition().field(slot), spec, cells, empties, options, note);
+    if (!note.empty()) result.notes.push_back(spec.name + ": " + note);
   }
+  // One field for each column, in order: the header maps by position here alone.
   ColumnMap map;
-  if (!MapColumns(*db, &rows[0], CsvHeader::Present, import_options.encoding, map, result.error))
-    return nullptr;
-  result = ImportCsvRows(*db, rows, map, import_options, options, prompter);
+  MapColumns(*db, nullptr, CsvHeader::Absent, import_options.encoding, map, result.error);
+  map.header = true;
+  ImportResult imported = ImportCsvRows(*db, rows, map, import_options, options, prompter);
+  imported.text.Merge(result.text);
+  imported.notes = std::move(result.notes);
+  result = std::move(imported);
   return db;
 }
 
