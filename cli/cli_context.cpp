@@ -2,9 +2,11 @@
 
 #include <iostream>
 
+#include "cli/standard_streams.h"
+#include "cli/usage.h"
 #include "platform/qt/qt_locale.h"
-#include "security/protected_open.h"
 #include "processing/store.h"
+#include "security/protected_open.h"
 
 namespace qv::cli {
 
@@ -56,22 +58,46 @@ void CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
     passwords.new_password_file = parser.value("new-password-file").toStdString();
 }
 
-bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
-                       int min_positional, const char* usage) {
+bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
+                       const char* usage_line, int max_positional) {
+  usage = usage_line;
   AddGlobalOptions(parser);
-  if (!parser.parse(arguments)) {
-    std::cerr << "qvdb: " << parser.errorText().toStdString() << "\nusage: qvdb " << usage << '\n';
+  parser.addOption({{"h", "help"}, "Show what the command does, an example and its options."});
+  bool parsed = parser.parse(arguments);
+  if ((parsed && parser.isSet("help")) ||
+      (!parsed && (arguments.contains("--help") || arguments.contains("-h")))) {
+    Command shown = command ? *command : Command{};
+    shown.synopsis = usage_line;
+    PrintCommandHelp(shown, parser, std::cout);
+    help_shown = true;
     return false;
   }
-  if (parser.positionalArguments().size() < min_positional) {
-    std::cerr << "usage: qvdb " << usage << '\n';
+  if (!parsed) {
+    UsageError(parser.errorText().toStdString());
+    return false;
+  }
+  const QStringList positional = parser.positionalArguments();
+  if (max_positional == kFromUsage) max_positional = MaxPositionalOf(usage_line);
+  if (positional.size() < min_positional) {
+    UsageError("too few arguments");
+    return false;
+  }
+  if (max_positional != kAnyCount && positional.size() > max_positional) {
+    UsageError("unexpected argument '" + positional.at(max_positional).toStdString() + "'");
     return false;
   }
   ApplyGlobalOptions(parser);
   return true;
 }
 
+int CliContext::UsageError(const std::string& text) {
+  if (!text.empty()) Error(text);
+  std::cerr << "usage: qvdb " << (usage.empty() && command ? command->synopsis : usage) << '\n';
+  return kUsage;
+}
+
 std::unique_ptr<Database> CliContext::Open(const std::string& path) {
+  if (IsStandardStream(path)) return OpenStandardInput(*this);
   auto db = std::make_unique<Database>();
   if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
   PositionOpenedDatabase(*db, prompter);
@@ -79,6 +105,7 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path) {
 }
 
 bool CliContext::Save(Database& db) {
+  if (SaveRefused(*this, db)) return false;
   if (EncipherOnDatabaseClose(db, ui) == EncipherResult::kCancelled) {
     Error("nothing was saved: the database is enciphered on close and no password was given");
     return false;
@@ -95,6 +122,8 @@ bool CliContext::Allowed(const Database& db, int action) {
   return false;
 }
 
-void CliContext::Error(const std::string& text) { std::cerr << "Error: " << text << '\n'; }
+void CliContext::Error(const std::string& text) {
+  prompter.message(text, "Error", Icon::Error);
+}
 
 }  // namespace qv::cli

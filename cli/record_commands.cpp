@@ -16,11 +16,22 @@ namespace qv::cli {
 
 namespace {
 
-// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them.
-std::optional<std::uint32_t> RecordNumber(const Database& db, const QString& text) {
+// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them: what is
+// not such a number is bad usage (kUsage), a number past the last record a refusal (kFailed).
+std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& db,
+                                          const QString& text, int& code) {
   bool ok = false;
   uint n = text.toUInt(&ok);
-  if (!ok || n == 0 || n > db.count()) return std::nullopt;
+  if (!ok || n == 0) {
+    code = context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
+    return std::nullopt;
+  }
+  if (n > db.count()) {
+    context.Error("no record " + text.toStdString() + " (the database holds " +
+                  std::to_string(db.count()) + ")");
+    code = kFailed;
+    return std::nullopt;
+  }
   return n - 1;
 }
 
@@ -31,8 +42,9 @@ bool EncipherAfterEdit(CliContext& context, Database& db, std::uint32_t number,
   int mode = GetEncryptionMode(db.definition());
   if (mode != kEncryptMarkedFields && !(mode == kManualEncryption && was_enciphered)) return true;
   if (EncipherRecord(db, number, context.ui) != EncipherResult::kCancelled) return true;
-  context.Error("nothing was saved: the record's marked fields are enciphered on close and no "
-                "password was accepted");
+  context.Error(
+      "nothing was saved: the record's marked fields are enciphered on close and no "
+      "password was accepted");
   return false;
 }
 
@@ -55,7 +67,7 @@ int Add(CliContext& context, const QStringList& arguments) {
     RecordHeader header = NewRecordHeader(random);
     values.prefix.assign(header.bytes.begin(), header.bytes.end());
   }
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
+  if (int code = ApplyAssignments(context, *db, args, values)) return code;
   auto number = StoreEditedRecord(context, *db, values, kNewRecord);
   if (!number || !EncipherAfterEdit(context, *db, *number, false)) return kFailed;
   if (!context.Save(*db)) return kFailed;
@@ -68,21 +80,17 @@ int Set(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("RECORD", "Record number, from 1.");
   parser.addPositionalArgument("FIELD=VALUE", "New values.");
-  if (!context.Parse(parser, arguments, 2, "set FILE RECORD FIELD=VALUE ...")) return kUsage;
+  if (!context.Parse(parser, arguments, 3, "set FILE RECORD FIELD=VALUE ...")) return kUsage;
   QStringList args = parser.positionalArguments();
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db || !context.Allowed(*db, kEditRecords)) return kFailed;
-  auto number = RecordNumber(*db, args.front());
-  if (!number) {
-    context.Error("no record " + args.front().toStdString() + " (the database holds " +
-                  std::to_string(db->count()) + ")");
-    return kFailed;
-  }
-  args.removeFirst();
+  int code = kFailed;
+  auto number = RecordNumber(context, *db, args.takeFirst(), code);
+  if (!number) return code;
   bool was_enciphered = FieldsEnciphered(*db, *number);
   if (!DecipherOnRecordOpen(*db, *number, context.ui)) return kFailed;
   RecordValues values = DecodeRecord(db->records[*number].data);
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
+  if (int bad = ApplyAssignments(context, *db, args, values)) return bad;
   auto stored = StoreEditedRecord(context, *db, values, *number);
   if (!stored || !EncipherAfterEdit(context, *db, *stored, was_enciphered)) return kFailed;
   return context.Save(*db) ? kOk : kFailed;
@@ -98,11 +106,9 @@ int Delete(CliContext& context, const QStringList& arguments) {
   if (!db || !context.Allowed(*db, kDeleteRecords)) return kFailed;
   std::vector<std::uint32_t> numbers;
   for (const QString& arg : args) {
-    auto number = RecordNumber(*db, arg);
-    if (!number) {
-      context.Error("no record " + arg.toStdString());
-      return kFailed;
-    }
+    int code = kFailed;
+    auto number = RecordNumber(context, *db, arg, code);
+    if (!number) return code;
     numbers.push_back(*number);
   }
   if (!DeleteEditedRecords(context, *db, numbers)) return kFailed;
@@ -113,9 +119,15 @@ int Delete(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> RecordCommands() {
   return {
-      {"add", "add FILE FIELD=VALUE ...", Add},
-      {"set", "set FILE RECORD FIELD=VALUE ...", Set},
-      {"delete", "delete FILE RECORD ...", Delete},
+      {"add", "add FILE FIELD=VALUE ...", Add,
+       "Adds a record; fields not named keep their defaults. Values are typed as in the record "
+       "editor (dates and times in --date-format and --time-format).",
+       "add Stock.PDB \"Item=Bolt, M4\" Qty=250 Bought=05/03/2024"},
+      {"set", "set FILE RECORD FIELD=VALUE ...", Set,
+       "Changes values of one record, numbered from 1 as list --numbers shows them.",
+       "set Stock.PDB 3 Qty=240"},
+      {"delete", "delete FILE RECORD ...", Delete,
+       "Deletes records, numbered from 1 as list --numbers shows them.", "delete Stock.PDB 3 7"},
   };
 }
 
