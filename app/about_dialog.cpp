@@ -20,6 +20,8 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
                              "the handheld and the desktop."),
                           this);
   text->setWordWrap(true);
+  // A fixed width lets the wrapped text ask for all the height it needs.
+  text->setFixedWidth(300);
   auto* icon = new QLabel(this);
   icon->setPixmap(QIcon(":/icons/quorvant.png").pixmap(64, 64));
   icon->setAlignment(Qt::AlignTop);
@@ -35,7 +37,7 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
   layout->setContentsMargins(20, 18, 20, 12);
   layout->addLayout(top);
   layout->addWidget(buttons);
-  setFixedWidth(420);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
 }
 
