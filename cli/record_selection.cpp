@@ -1,5 +1,7 @@
 #include "cli/record_selection.h"
 
+#include <algorithm>
+
 #include "cli/conditions.h"
 #include "engine/text.h"
 #include "processing/filter.h"
@@ -24,8 +26,10 @@ void AddSelectionOptions(QCommandLineParser& parser) {
 
 namespace {
 
-// Sorts the open copy by the --sort keys.
-bool ApplySort(CliContext& context, Database& db, const QStringList& texts, int& code) {
+// Orders the selected records by the --sort keys, set in the open copy's definition. The record
+// table keeps the file's order, so record numbers stay those that set and delete take.
+bool ApplySort(CliContext& context, Database& db, const QStringList& texts,
+               std::vector<std::uint32_t>& records, int& code) {
   code = kUsage;
   if (texts.size() > kSortKeys) {
     context.UsageError("--sort takes at most three keys");
@@ -55,7 +59,9 @@ bool ApplySort(CliContext& context, Database& db, const QStringList& texts, int&
     }
     db.definition().set_sort_key(k, key);
   }
-  SortDatabase(db, true, context.prompter);
+  std::stable_sort(records.begin(), records.end(), [&db](std::uint32_t a, std::uint32_t b) {
+    return CompareRecords(db, a, b) < 0;
+  });
   return true;
 }
 
@@ -106,8 +112,6 @@ std::optional<std::vector<std::uint32_t>> SelectRecords(CliContext& context, Dat
       return std::nullopt;
     }
   }
-  if (parser.isSet("sort") && !ApplySort(context, db, parser.values("sort"), code))
-    return std::nullopt;
   std::vector<std::uint32_t> records = db.visible;
   if (parser.isSet("all")) {
     records.resize(db.count());
@@ -115,8 +119,16 @@ std::optional<std::vector<std::uint32_t>> SelectRecords(CliContext& context, Dat
   }
   if (parser.isSet("where") && !ApplyWhere(context, db, parser.values("where"), records, code))
     return std::nullopt;
+  if (parser.isSet("sort") && !ApplySort(context, db, parser.values("sort"), records, code))
+    return std::nullopt;
   if (limit && records.size() > *limit) records.resize(*limit);
   return records;
+}
+
+void ApplyAllOption(Database& db, const QCommandLineParser& parser) {
+  if (!parser.isSet("all")) return;
+  for (int i = 0; i < kConditions; ++i) db.definition().set_condition(i, BlankCondition());
+  RebuildFilteredList(db);
 }
 
 std::optional<std::vector<int>> SelectFields(CliContext& context, const Database& db,

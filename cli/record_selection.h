@@ -1,8 +1,9 @@
 #pragma once
 // Which records a reading command covers, and in what order, by one rule for all of them: the
 // records that pass the stored filter (every record with --all), narrowed by --where
-// conditions, in the stored order or that of --sort, at most --limit of them. Sort and
-// conditions change the open copy only; the file is never touched.
+// conditions, in the stored order or that of --sort, at most --limit of them. Sort keys and
+// conditions change the open copy's settings only; the file is never touched, and the records
+// keep their numbers.
 
 #include <QCommandLineParser>
 #include <cstdint>
@@ -22,6 +23,10 @@ void AddSelectionOptions(QCommandLineParser& parser);
 std::optional<std::vector<std::uint32_t>> SelectRecords(CliContext& context, Database& db,
                                                         const QCommandLineParser& parser,
                                                         int& code);
+
+// For commands that test the filter record by record (report, find): with --all the open
+// copy's filter is cleared, so they cover every record.
+void ApplyAllOption(Database& db, const QCommandLineParser& parser);
 
 // The fields of --fields A,B,... in that order, else every used field in display order; nothing
 // (reported, `code` kFailed) when a name is not a field's.

@@ -5,6 +5,7 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
+#include "cli/record_selection.h"
 #include "engine/text.h"
 #include "processing/find.h"
 #include "processing/report.h"
@@ -83,10 +84,12 @@ int Report(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("FIELD", "Name of the field to report on.");
-  if (!context.Parse(parser, arguments, 2, "report FILE FIELD")) return kUsage;
+  parser.addOption({"all", "Every record, not only those that pass the stored filter."});
+  if (!context.Parse(parser, arguments, 2, "report FILE FIELD [--all]")) return kUsage;
   QStringList args = parser.positionalArguments();
   auto db = context.Open(args.at(0).toStdString());
   if (!db) return kFailed;
+  ApplyAllOption(*db, parser);
   std::string field = Utf8ToCp1252(args.at(1).toStdString());
   auto slot = db->definition().FindField(field);
   auto text = RunReport(*db, slot ? *slot : -1, context.options, context.prompter);
@@ -131,7 +134,9 @@ int Find(CliContext& context, const QStringList& arguments) {
   parser.addOption({"case", "Case sensitive."});
   parser.addOption({"begins", "The value must begin with the text."});
   parser.addOption({"from", "Start at this record (from 1).", "record", "1"});
-  parser.addOption({"all", "List every match, one line each, not only the first."});
+  parser.addOption({"all",
+                    "List every match, one line each, in every record (not only those that "
+                    "pass the stored filter)."});
   const char* usage = "find FILE TEXT [--field NAME] [--case] [--begins] [--from N] [--all]";
   if (!context.Parse(parser, arguments, 2, usage)) return kUsage;
   QStringList args = parser.positionalArguments();
@@ -157,6 +162,7 @@ int Find(CliContext& context, const QStringList& arguments) {
     }
     settings.field = *slot;
   }
+  ApplyAllOption(*db, parser);
   return parser.isSet("all") ? FindAll(context, *db, settings, from - 1)
                              : FindFirst(context, *db, settings, from - 1);
 }
@@ -169,12 +175,14 @@ std::vector<Command> ViewCommands() {
        "Lists the database's views, adds, copies or deletes one, or applies one (its sort, "
        "filter and columns become the database's own).",
        "views Stock.PDB apply 2"},
-      {"report", "report FILE FIELD", Report,
-       "Prints the summary report on one field over the records that pass the filter.",
+      {"report", "report FILE FIELD [--all]", Report,
+       "Prints the summary report on one field over the records that pass the stored filter "
+       "(every record with --all).",
        "report Stock.PDB Qty"},
       {"find", "find FILE TEXT [--field NAME] [--case] [--begins] [--from N] [--all]", Find,
-       "Finds the first record holding the text (every one with --all) and prints its number, "
-       "the field and the value; exit 1 when there is none.",
+       "Finds the first record that passes the stored filter and holds the text, and prints "
+       "its number, the field and the value; --all lists every match in every record. Exit 1 "
+       "when there is none.",
        "find Stock.PDB bolt --all"},
   };
 }

@@ -111,6 +111,11 @@ TEST_F(ShellTest, SortAndWhereShapeTheOutputAndLeaveTheFile) {
                          "Qty:reverse", "--where", "Qty range 10 *", "--limit", "5"});
   ASSERT_EQ(sorted.exit_code, 0) << sorted.err;
   EXPECT_EQ(sorted.out, "Item,Qty\n\"Bolt, M4\",46750\nScrew,120\n");
+  // Numbers stay the ones set and delete take.
+  EXPECT_EQ(RunQvdb({"list", file_, "--format", "tsv", "--numbers", "--fields", "Item", "--sort",
+                     "Item:reverse"})
+                .out,
+            "#\tItem\n3\tScrew\n2\tNut\n1\tBolt, M4\n");
   auto exported = RunQvdb({"export", file_, "-", "--sort", "Item:reverse", "--where",
                            "not Kind equals Blue", "--where", "Done checked 1"});
   EXPECT_EQ(exported.out.substr(0, 10), "\"Bolt, M4\"");
@@ -126,6 +131,9 @@ TEST_F(ShellTest, SortAndWhereShapeTheOutputAndLeaveTheFile) {
     EXPECT_NE(RunQvdb({"export", file_, "-", "--format", format, "--all"}).out.find("Screw"),
               std::string::npos);
   }
+  EXPECT_EQ(RunQvdb({"find", file_, "Screw"}).exit_code, 1);
+  EXPECT_EQ(RunQvdb({"find", file_, "Screw", "--all"}).out, "3\tItem\tScrew\n");
+  EXPECT_NE(RunQvdb({"report", file_, "Qty", "--all"}).out, RunQvdb({"report", file_, "Qty"}).out);
   EXPECT_EQ(RunQvdb({"list", file_, "--where", "Qty contains 1"}).exit_code, 2);
   EXPECT_EQ(RunQvdb({"list", file_, "--sort", "Colour"}).exit_code, 1);
 }
