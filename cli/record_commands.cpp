@@ -16,6 +16,21 @@ namespace qv::cli {
 
 namespace {
 
+// Malformed arguments are bad usage, told before the database is opened (and a password asked).
+int CheckArguments(CliContext& context, const QStringList& numbers,
+                   const QStringList& assignments) {
+  for (const QString& text : numbers) {
+    bool ok = false;
+    if (text.toUInt(&ok) == 0 || !ok)
+      return context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
+  }
+  for (const QString& assignment : assignments)
+    if (assignment.indexOf('=') <= 0)
+      return context.UsageError("expected FIELD=VALUE, not '" + assignment.left(40).toStdString() +
+                                "'");
+  return kOk;
+}
+
 // Record numbers on the command line count from 1, as `qvdb list --numbers` shows them: what is
 // not such a number is bad usage (kUsage), a number past the last record a refusal (kFailed).
 std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& db,
@@ -59,6 +74,7 @@ int Add(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FIELD=VALUE", "Values of the new record.");
   if (!context.Parse(parser, arguments, 1, "add FILE FIELD=VALUE ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, {}, args.mid(1))) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db || !context.Allowed(*db, kAddRecords)) return kFailed;
   RecordValues values = DefaultValues(*db);
@@ -82,6 +98,7 @@ int Set(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FIELD=VALUE", "New values.");
   if (!context.Parse(parser, arguments, 3, "set FILE RECORD FIELD=VALUE ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, {args.at(1)}, args.mid(2))) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db || !context.Allowed(*db, kEditRecords)) return kFailed;
   int code = kFailed;
@@ -102,6 +119,7 @@ int Delete(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("RECORD", "Record numbers, from 1.");
   if (!context.Parse(parser, arguments, 2, "delete FILE RECORD ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, args.mid(1), {})) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db || !context.Allowed(*db, kDeleteRecords)) return kFailed;
   std::vector<std::uint32_t> numbers;

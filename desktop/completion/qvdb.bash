@@ -45,7 +45,7 @@ _qvdb() {
   if [[ $cur == -* ]]; then
     COMPREPLY=($(compgen -W "$(qvdb "$command" --help 2>/dev/null | grep -o -- '--[a-z-]*' | sort -u)" -- "$cur"))
   elif ((cword == 2)); then
-    COMPREPLY=($(compgen -f -X '!*.@(pdb|PDB)' -- "$cur") $(compgen -d -- "$cur"))
+    COMPREPLY=($(compgen -f -- "$cur" | grep -i '\.pdb$') $(compgen -d -- "$cur"))
   elif [[ $command == add || $command == set ]]; then
     COMPREPLY=($(compgen -S = -W "$(_qvdb_fields "$file")" -- "$cur"))
     compopt -o nospace 2>/dev/null

@@ -170,6 +170,10 @@ TEST_F(ShellTest, UsageErrorsAreExitTwoWithTheUsageLine) {
     EXPECT_NE(r.err.find("usage: qvdb " + args[0] + " "), std::string::npos) << r.err;
   }
   EXPECT_EQ(RunQvdb({"set", file_, "9", "Qty=1"}).exit_code, 1);  // no such record: refused
+  // Malformed arguments are told before any password is asked for.
+  auto early = RunQvdb({"set", folder_.Path("none.PDB"), "x", "Qty=1"});
+  EXPECT_EQ(early.exit_code, 2);
+  EXPECT_EQ(early.err.find("Cannot Open"), std::string::npos) << early.err;
   auto long_value = RunQvdb({"add", file_, "Item=" + std::string(100000, 'x')});
   EXPECT_EQ(long_value.exit_code, 1);
   EXPECT_EQ(long_value.err,
