@@ -34,9 +34,27 @@ int MaxPositionalOf(std::string_view usage) {
   return count;
 }
 
+namespace {
+
+// The text in lines of at most 78 characters, broken between words.
+std::string Wrapped(const std::string& text) {
+  std::string out, line;
+  for (const QString& word : QString::fromStdString(text).split(' ', Qt::SkipEmptyParts)) {
+    std::string w = word.toStdString();
+    if (!line.empty() && line.size() + 1 + w.size() > 78) {
+      out += line + '\n';
+      line.clear();
+    }
+    line += (line.empty() ? "" : " ") + w;
+  }
+  return out + line;
+}
+
+}  // namespace
+
 void PrintCommandHelp(const Command& command, const QCommandLineParser& parser, std::ostream& out) {
   out << "usage: qvdb " << command.synopsis << "\n\n";
-  if (!command.description.empty()) out << command.description << "\n\n";
+  if (!command.description.empty()) out << Wrapped(command.description) << "\n\n";
   if (!command.example.empty()) out << "Example:\n  qvdb " << command.example << "\n\n";
   // Qt's own page starts with its usage line and the positional list; the options follow.
   QString help = parser.helpText();
