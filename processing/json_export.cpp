@@ -1,10 +1,12 @@
 #include "processing/json_export.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "engine/format.h"
 #include "engine/record.h"
 #include "engine/text.h"
+#include "processing/numeric.h"
 
 namespace qv {
 
@@ -52,6 +54,26 @@ std::optional<std::string> JsonNumber(std::string_view text) {
   return StringPrintf("%.15g", v);
 }
 
+std::string IsoDate(std::uint32_t days) {
+  if (days == 0) return "null";
+  Dmy d = DateNumberToDmy(days);
+  return StringPrintf("\"%04d-%02d-%02d\"", d.year, d.month, d.day);
+}
+
+// A Calculated result: a number, or for the time and date kinds a duration "H:MM:SS" and a date.
+std::string CalculatedJson(ConstFieldDefinition field, std::string_view stored) {
+  auto n = JsonNumber(stored);
+  if (!n) return stored.empty() ? "null" : JsonQuote(Cp1252ToUtf8(std::string(stored)));
+  switch (CalculatedResultKind(field)) {
+    case 2:
+      return JsonQuote(FormatDuration(TextToLong(stored)));
+    case 3:
+      return IsoDate(static_cast<std::uint32_t>(std::max(0, TextToLong(stored))));
+    default:
+      return *n;
+  }
+}
+
 std::string TextOrNull(std::string_view stored) {
   return stored.empty() ? "null" : JsonQuote(Cp1252ToUtf8(std::string(stored)));
 }
@@ -69,19 +91,16 @@ std::string TypedJsonValue(const Database& db, std::uint32_t number, int slot,
     case kUnique:
       return value.size() < 4 ? "null"
                               : StringPrintf("%lu", static_cast<unsigned long>(ValueUInt32(value)));
-    case kFloat:
-    case kCalculated: {
+    case kFloat: {
       auto n = JsonNumber(ValueText(value));
       return n ? *n : TextOrNull(ValueText(value));
     }
+    case kCalculated:
+      return CalculatedJson(field, ValueText(value));
     case kCheckBox:
       return !value.empty() && value[0] ? "true" : "false";
-    case kDate: {
-      std::uint32_t days = ValueUInt32(value);
-      if (days == 0) return "null";
-      Dmy d = DateNumberToDmy(days);
-      return StringPrintf("\"%04d-%02d-%02d\"", d.year, d.month, d.day);
-    }
+    case kDate:
+      return IsoDate(ValueUInt32(value));
     case kTime:
       if (value.size() < 3 || value[2] > 23) return "null";
       return StringPrintf("\"%02d:%02d:%02d\"", value[2], value[1], value[0]);

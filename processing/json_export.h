@@ -22,9 +22,10 @@ struct JsonOptions {
   bool lines = false;  // JSON Lines instead of one array
 };
 
-// One value as JSON: Integer, Unique, Float and numeric Calculated values as numbers,
-// Check-Box true/false, Date "YYYY-MM-DD", Time "HH:MM:SS", texts as strings; null for an
-// empty text, "NO DATE", "No Time", and fields that show nothing.
+// One value as JSON: Integer, Unique, Float and numeric Calculated values as numbers (a
+// Calculated time a duration "H:MM:SS", a Calculated date like a Date), Check-Box true/false,
+// Date "YYYY-MM-DD", Time "HH:MM:SS", texts as strings; null for an empty text, "NO DATE",
+// "No Time", and fields that show nothing.
 std::string TypedJsonValue(const Database& db, std::uint32_t number, int slot,
                            const FormatOptions& options);
 

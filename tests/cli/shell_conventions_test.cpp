@@ -99,6 +99,20 @@ TEST_F(ShellTest, TypedJsonReadsBackAsTheData) {
             "'Green'), ('Memo', None), ('Price', 0.5), ('Qty', 7)]\n"
             "[('At', '08:00:00'), ('Bought', '2020-01-01'), ('Done', True), ('Item', 'Screw'), "
             "('Kind', 'Blue'), ('Memo', 'x'), ('Price', 2), ('Qty', 120)]\n");
+  // Calculated results by their kind: a number, a date, a duration.
+  ASSERT_EQ(RunQvdb({"calc", file_, "--field", "Total", "--formula", "Qty * Price"}).exit_code, 0);
+  ASSERT_EQ(
+      RunQvdb({"calc", file_, "--field", "Due", "--formula", "Bought + 30", "--result-kind", "3"})
+          .exit_code,
+      0);
+  ASSERT_EQ(
+      RunQvdb({"calc", file_, "--field", "Later", "--formula", "At + 60", "--result-kind", "2"})
+          .exit_code,
+      0);
+  EXPECT_EQ(
+      RunQvdb({"list", file_, "--format", "jsonl", "--fields", "Total,Due,Later", "--limit", "1"})
+          .out,
+      "{\"Total\": 58437.5, \"Due\": \"2024-04-04\", \"Later\": \"13:06:00\"}\n");
   auto lines = RunQvdb({"list", file_, "--format", "jsonl", "--fields", "Qty,Item", "--raw"});
   EXPECT_EQ(lines.out,
             "{\"Qty\": \"46750\", \"Item\": \"Bolt, M4\"}\n{\"Qty\": \"7\", \"Item\": \"Nut\"}\n"
