@@ -64,6 +64,14 @@ TEST_F(ShellTest, DashReadsStandardInputAndWritesStandardOutput) {
       RunQvdb({"list", "-", "--format", "csv", "--fields", "Item", "--limit", "1"}, Slurp(file_));
   EXPECT_EQ(piped.out, "Item\n\"Bolt, M4\"\n") << piped.err;
   EXPECT_EQ(RunQvdb({"add", "-", "Item=x"}, Slurp(file_)).exit_code, 1);
+  // A password file of "-" is a line of standard input, read once for every question.
+  ASSERT_EQ(
+      RunQvdb({"encrypt", file_, "--mode", "0", "--password-file", "-"}, "secret\n").exit_code, 0);
+  EXPECT_EQ(RunQvdb({"list", file_, "--fields", "Item", "--limit", "1", "--password-file", "-"},
+                    "secret\n")
+                .out,
+            "Item\nBolt, M4\n");
+  EXPECT_EQ(RunQvdb({"list", file_, "--password-file", "-"}, "wrong\n").exit_code, 1);
 }
 
 TEST_F(ShellTest, EveryCommandExplainsItselfWithAnExample) {
