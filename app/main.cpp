@@ -2,9 +2,12 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QSessionManager>
 #include <QStatusBar>
 #include <clocale>
+#include <cstdio>
+#include <string_view>
 
 #include "app/application.h"
 #include "app/gui_prompter.h"
@@ -20,11 +23,19 @@
 #include "platform/system_clock.h"
 
 int main(int argc, char** argv) {
+  // Answered before any window system is needed, so scripts and package checks can ask.
+  if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    std::printf("quorvant 3.0\n");
+    return 0;
+  }
   QApplication qt(argc, argv);
   // Qt set the C library's locale from the environment; stored numbers always use ".".
   std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("Quorvant");
   QApplication::setApplicationVersion("3.0");
+  // The installed theme icon where there is one; the built-in one otherwise.
+  QApplication::setWindowIcon(QIcon::fromTheme("quorvant", QIcon(":/icons/quorvant.png")));
+  QGuiApplication::setDesktopFileName("quorvant");
 
   std::vector<std::string> arguments;
   for (const QString& a : QApplication::arguments().mid(1)) arguments.push_back(a.toStdString());
