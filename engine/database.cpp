@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "engine/field_settings.h"
 #include "engine/format.h"
 #include "engine/text.h"
 
@@ -63,7 +64,8 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
   Database fresh;
   std::uint32_t bad_record = 0;
   switch (ParseDatabase(*image, fresh, bad_record)) {
-    case ReadError::None: break;
+    case ReadError::None:
+      break;
     case ReadError::BadHeader:
       prompter.message(
           "ERROR: Reading header!\nMake sure you are converting a Quorvant data file!\n", "Error",
@@ -91,7 +93,8 @@ Bytes SerializeDatabase(const Database& db) {
   file.header = db.header;
   file.records.reserve(kSchemaRecords + db.records.size());
   EncodeSchema(db.schema, db.changed, file.records);
-  for (const RecordSlot& slot : db.records) file.records.push_back({slot.data, slot.attributes, slot.uid});
+  for (const RecordSlot& slot : db.records)
+    file.records.push_back({slot.data, slot.attributes, slot.uid});
   return SerializeContainer(file);
 }
 
@@ -117,28 +120,37 @@ std::uint32_t TakeRecordUid(Database& db) {
 namespace {
 
 Bytes DefaultValue(const Database& db, int slot) {
-  switch (db.definition().field(slot).type()) {
+  ConstFieldDefinition field = db.definition().field(slot);
+  auto preset = FieldDefault(field);
+  if (!preset.empty()) return Bytes(preset.begin(), preset.end());
+  switch (field.type()) {
     case kInteger:
     case kDate:
-    case kLink: return UInt32Value(0);
-    case kCheckBox: return CheckValue(false);
-    case kTime: return TimeValue(255, 0, 0);
-    case kImage: return Bytes{0};
-    case kHeading: return Bytes{};
+    case kLink:
+      return UInt32Value(0);
+    case kCheckBox:
+      return CheckValue(false);
+    case kTime:
+      return TimeValue(255, 0, 0);
+    case kImage:
+      return Bytes{0};
+    case kHeading:
+      return Bytes{};
     case kLinked: {
       Bytes linked(24, 0);
       linked.push_back(0);
       return linked;
     }
     case kUnique: {
-      std::uint32_t next = 0;
+      std::uint32_t next = UniqueStart(field);
       for (const RecordSlot& r : db.records) {
         auto v = ValueBytes(r.data, slot);
         if (v.size() >= 4) next = std::max(next, ValueUInt32(v) + 1);
       }
       return UInt32Value(next);
     }
-    default: return TextValue("");
+    default:
+      return TextValue("");
   }
 }
 
@@ -200,7 +212,8 @@ void RebuildVisibleList(Database& db,
 }
 
 void ShowAllRecords(Database& db) {
-  RebuildVisibleList(db, [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
+  RebuildVisibleList(db,
+                     [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
 }
 
 std::string RecordValueText(const Database& db, std::uint32_t number, int slot,
