@@ -64,8 +64,7 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
   Database fresh;
   std::uint32_t bad_record = 0;
   switch (ParseDatabase(*image, fresh, bad_record)) {
-    case ReadError::None:
-      break;
+    case ReadError::None: break;
     case ReadError::BadHeader:
       prompter.message(
           "ERROR: Reading header!\nMake sure you are converting a Quorvant data file!\n", "Error",
@@ -93,8 +92,7 @@ Bytes SerializeDatabase(const Database& db) {
   file.header = db.header;
   file.records.reserve(kSchemaRecords + db.records.size());
   EncodeSchema(db.schema, db.changed, file.records);
-  for (const RecordSlot& slot : db.records)
-    file.records.push_back({slot.data, slot.attributes, slot.uid});
+  for (const RecordSlot& slot : db.records) file.records.push_back({slot.data, slot.attributes, slot.uid});
   return SerializeContainer(file);
 }
 
@@ -126,16 +124,11 @@ Bytes DefaultValue(const Database& db, int slot) {
   switch (field.type()) {
     case kInteger:
     case kDate:
-    case kLink:
-      return UInt32Value(0);
-    case kCheckBox:
-      return CheckValue(false);
-    case kTime:
-      return TimeValue(255, 0, 0);
-    case kImage:
-      return Bytes{0};
-    case kHeading:
-      return Bytes{};
+    case kLink: return UInt32Value(0);
+    case kCheckBox: return CheckValue(false);
+    case kTime: return TimeValue(255, 0, 0);
+    case kImage: return Bytes{0};
+    case kHeading: return Bytes{};
     case kLinked: {
       Bytes linked(24, 0);
       linked.push_back(0);
@@ -149,8 +142,7 @@ Bytes DefaultValue(const Database& db, int slot) {
       }
       return UInt32Value(next);
     }
-    default:
-      return TextValue("");
+    default: return TextValue("");
   }
 }
 
@@ -212,8 +204,7 @@ void RebuildVisibleList(Database& db,
 }
 
 void ShowAllRecords(Database& db) {
-  RebuildVisibleList(db,
-                     [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
+  RebuildVisibleList(db, [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
 }
 
 std::string RecordValueText(const Database& db, std::uint32_t number, int slot,
