@@ -7,6 +7,7 @@
 #include "processing/conditional.h"
 #include "processing/formula.h"
 #include "processing/formula_builder.h"
+#include "processing/formula_text.h"
 #include "processing/views.h"
 #include "security/record_header.h"
 #include "tests/support/builders.h"
@@ -206,6 +207,30 @@ TEST(FieldEditTest, EncipheredValuesAreNeverConverted) {
   EXPECT_TRUE(ChangeFieldType(*db, 1, kNote, 0, options, prompter));
   auto after = ValueBytes(db->records[0].data, 0);
   EXPECT_EQ(Bytes(after.begin(), after.end()), secret);
+}
+
+}  // namespace
+}  // namespace qv::test
+
+namespace qv::test {
+namespace {
+
+TEST(FormulaInfixTextTest, WritesWhatTheBuilderReadsBack) {
+  auto db = DatabaseBuilder()
+                .Field("Unit price", kFloat)
+                .Field("Qty", kInteger)
+                .Field("Total", kCalculated)
+                .Build();
+  ScriptedPrompter prompter;
+  for (std::string text :
+       {"({Unit price} * {Qty}) + 2.5", "Sqrt({Qty}) - P{Qty}", "max({Qty}, 3)"}) {
+    ASSERT_TRUE(BuildFormula(db->definition(), 2, text, prompter)) << text;
+    std::string shown = FormulaInfixText(db->definition(), 2);
+    EXPECT_EQ(shown, text);
+    std::string program = FormulaDisplayText(db->definition(), 2);
+    ASSERT_TRUE(BuildFormula(db->definition(), 2, shown, prompter));
+    EXPECT_EQ(FormulaDisplayText(db->definition(), 2), program);
+  }
 }
 
 }  // namespace
