@@ -6,6 +6,7 @@
 #include <map>
 
 #include "app/app_context.h"
+#include "app/edit_history.h"
 #include "app/file_flows.h"
 #include "app/record_list_panel.h"
 
@@ -28,6 +29,7 @@ class MainWindow : public QMainWindow {
   QAction* action(int command) const;
   RecordListPanel* panel() const { return panel_; }
   FileFlows& flows() { return flows_; }
+  EditHistory& history() { return history_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -36,12 +38,14 @@ class MainWindow : public QMainWindow {
   QAction* AddCommand(QMenu* menu, const QString& text, int command, bool available = true,
                       const QKeySequence& shortcut = {});
   void BuildMenus();
+  void BuildEditMenu();
   void FillReopenMenu();
   void UpdateTitle();
   void Refresh() { panel_->Refresh(); }
 
   AppContext context_;
   FileFlows flows_;
+  EditHistory history_;
   RecordListPanel* panel_;
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
