@@ -110,6 +110,7 @@ class TypedControl : public FieldControl {
         items_(db.schema.fields[static_cast<std::size_t>(slot)]),
         options_(options) {
     box_ = new QWidget(parent);
+    box_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* row = new QHBoxLayout(box_);
     row->setContentsMargins(0, 0, 0, 0);
     edit_ = new QLineEdit(box_);
@@ -208,6 +209,7 @@ class PopupControl : public FieldControl {
   PopupControl(const Database& db, int slot, QWidget* parent)
       : FieldControl(slot, parent), items_(db.schema.fields[static_cast<std::size_t>(slot)]) {
     box_ = new QWidget(parent);
+    box_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* row = new QHBoxLayout(box_);
     row->setContentsMargins(0, 0, 0, 0);
     combo_ = new QComboBox(box_);
@@ -285,6 +287,7 @@ class ImageControl : public FieldControl {
  public:
   ImageControl(int slot, QWidget* parent) : FieldControl(slot, parent) {
     box_ = new QWidget(parent);
+    box_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     auto* row = new QHBoxLayout(box_);
     row->setContentsMargins(0, 0, 0, 0);
     image_ = new ImageEditor(box_);

@@ -84,7 +84,10 @@ RecordEditorDialog::RecordEditorDialog(Workspace& workspace, Database& db, Acces
 
 void RecordEditorDialog::BuildControls() {
   auto* body = new QWidget;
-  auto* form = new QFormLayout(body);
+  auto* outer = new QVBoxLayout(body);
+  auto* form = new QFormLayout;
+  outer->addLayout(form);
+  outer->addStretch(1);
   form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
   form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
   for (int slot : UsedFieldsInDisplayOrder(db_.definition())) {
@@ -123,9 +126,20 @@ FieldControl* RecordEditorDialog::control(int slot) const {
 }
 
 bool RecordEditorDialog::Start() {
-  if (number_ != kNewRecord && number_ < db_.count()) return ShowStored(number_);
-  if (view_only_ || !Allowed(Guarded::AddRecords)) return false;
-  Show(kNewRecord, NewValues());
+  if (number_ != kNewRecord && number_ < db_.count()) {
+    if (!ShowStored(number_)) return false;
+  } else {
+    if (view_only_ || !Allowed(Guarded::AddRecords)) return false;
+    Show(kNewRecord, NewValues());
+  }
+  // Typing starts in the first field that takes typing.
+  for (auto slot : UsedFieldsInDisplayOrder(db_.definition())) {
+    FieldControl* c = control(slot);
+    if (c && !c->computed() && c->widget()->focusPolicy() != Qt::NoFocus) {
+      c->widget()->setFocus();
+      break;
+    }
+  }
   return true;
 }
 
