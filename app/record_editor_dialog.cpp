@@ -132,6 +132,11 @@ bool RecordEditorDialog::Start() {
     if (view_only_ || !Allowed(Guarded::AddRecords)) return false;
     Show(kNewRecord, NewValues());
   }
+  return true;
+}
+
+void RecordEditorDialog::showEvent(QShowEvent* event) {
+  QDialog::showEvent(event);
   // Typing starts in the first field that takes typing.
   for (auto slot : UsedFieldsInDisplayOrder(db_.definition())) {
     FieldControl* c = control(slot);
@@ -140,7 +145,6 @@ bool RecordEditorDialog::Start() {
       break;
     }
   }
-  return true;
 }
 
 RecordValues RecordEditorDialog::NewValues() const {

@@ -43,6 +43,9 @@ class RecordEditorDialog : public QDialog {
   void accept() override;
   void reject() override;
 
+ protected:
+  void showEvent(QShowEvent* event) override;
+
  private:
   void BuildControls();
   RecordValues NewValues() const;

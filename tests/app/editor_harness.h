@@ -49,13 +49,15 @@ struct EditorHarness {
   }
 };
 
-// Runs `act` on the next modal dialog of type T once it is shown; the dialog's own exec() then
-// returns as `act` leaves it (accepted, rejected, or still open for a later step).
+// Runs `act` on the next modal dialog of type T once it is shown; `act` closes it (a dialog it
+// leaves open is rejected).
 template <typename T>
-void WhenShown(std::function<void(T*)> act, int tries = 200) {
+void WhenShown(std::function<void(T*)> act, int tries = 2000) {
   QTimer::singleShot(5, [act, tries] {
     if (auto* dialog = qobject_cast<T*>(QApplication::activeModalWidget())) {
       act(dialog);
+      // A check that failed inside `act` must not leave the dialog waiting for ever.
+      if (dialog->isVisible()) dialog->reject();
     } else if (tries > 0) {
       WhenShown<T>(act, tries - 1);
     }

@@ -232,6 +232,8 @@ class RecordEditorTest : public QObject {
     test::EditorHarness h;
     h.Install(test::SampleDatabase());
     WhenShown<app::RecordEditorDialog>([](app::RecordEditorDialog* e) {
+      e->activateWindow();
+      QVERIFY(QTest::qWaitForWindowActive(e));
       QWidget* first = QApplication::focusWidget();
       QVERIFY(first);
       QTest::keyClicks(first, "kiwi");
