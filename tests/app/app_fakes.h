@@ -68,8 +68,8 @@ class ScriptedDialogs : public app::Dialogs {
     return true;
   }
   std::optional<app::DeleteScope> AskDeleteScope() override { return delete_scope; }
-  std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items,
-                                             const std::string&, const QRect&) override {
+  std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items, const std::string&,
+                                             const QRect&) override {
     popup_items = items;
     return popup_choice;
   }
