@@ -347,10 +347,10 @@ class ShownControl : public FieldControl {
   void Load(std::span<const std::uint8_t> value) override {
     value_.assign(value.begin(), value.end());
     const unsigned type = field_.type();
-    std::string text = type == kLinked
-                           ? std::string(value.size() > 24 ? ValueText(value.subspan(24)) : "")
-                       : type == kLink ? (value.empty() ? "" : std::to_string(ValueUInt32(value)))
-                                       : FormatValue(field_, value, options_);
+    std::string text =
+        type == kLinked ? std::string(value.size() > 24 ? ValueText(value.subspan(24)) : "")
+        : type == kLink ? (ValueUInt32(value) == 0 ? "" : std::to_string(ValueUInt32(value)))
+                        : FormatValue(field_, value, options_);
     edit_->setText(Wide(text));
   }
   std::optional<Bytes> Value() const override { return value_; }

@@ -81,10 +81,14 @@ Page PageOf(unsigned type) {
   }
 }
 
+// A page's form, its rows kept at the top.
 QFormLayout* Form(QWidget* page) {
-  auto* form = new QFormLayout(page);
-  form->setContentsMargins(0, 0, 0, 0);
+  auto* outer = new QVBoxLayout(page);
+  outer->setContentsMargins(0, 0, 0, 0);
+  auto* form = new QFormLayout;
   form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  outer->addLayout(form);
+  outer->addStretch(1);
   return form;
 }
 
@@ -113,7 +117,7 @@ FieldEditorDialog::FieldEditorDialog(Workspace& workspace, Database& db, int slo
           &FieldEditorDialog::TypeChanged);
   Load();
   TypeChanged();
-  resize(540, 560);
+  resize(600, 520);
 }
 
 QWidget* FieldEditorDialog::BuildGeneral() {
@@ -151,8 +155,8 @@ QWidget* FieldEditorDialog::BuildGeneral() {
 
 QWidget* FieldEditorDialog::BuildSettings() {
   auto* box = new QGroupBox(tr("Settings"), this);
+  settings_box_ = box;
   auto* layout = new QVBoxLayout(box);
-  settings_title_ = new QLabel(box);
   pages_ = new QStackedWidget(box);
   pages_->addWidget(EmptyPage());
   pages_->addWidget(DefaultPage());
@@ -412,6 +416,7 @@ void FieldEditorDialog::Load() {
 void FieldEditorDialog::TypeChanged() {
   const unsigned type = chosenType();
   pages_->setCurrentIndex(PageOf(type));
+  settings_box_->setTitle(tr("Settings of a %1 field").arg(type_->currentText()));
   const bool takes_length = type == kText || type == kNote || type == kDbPopup || type == kExternal;
   length_->setEnabled(takes_length);
   const bool float_type = type == kFloat;

@@ -11,6 +11,7 @@
 
 class QCheckBox;
 class QComboBox;
+class QGroupBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -69,7 +70,7 @@ class FieldEditorDialog : public QDialog {
   QSpinBox* width_;
   QCheckBox* encrypted_;
   QStackedWidget* pages_;
-  QLabel* settings_title_;
+  QGroupBox* settings_box_;
   // Default value (with Float decimals) and pop-up list.
   QLineEdit* default_ = nullptr;
   QLineEdit* popup_default_ = nullptr;

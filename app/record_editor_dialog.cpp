@@ -79,19 +79,52 @@ RecordEditorDialog::RecordEditorDialog(Workspace& workspace, Database& db, Acces
   connect(delete_, &QPushButton::clicked, this, &RecordEditorDialog::DeleteRecord);
   connect(buttons, &QDialogButtonBox::accepted, this, &RecordEditorDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &RecordEditorDialog::reject);
-  resize(620, 560);
+  // As tall as the fields need, within a 768-pixel screen.
+  auto* scroll = findChild<QScrollArea*>();
+  int height = scroll->widget()->sizeHint().height() + row->sizeHint().height() +
+               buttons->sizeHint().height() + 48;
+  resize(two_columns_ ? 1040 : 620, std::clamp(height, 320, 700));
 }
+
+namespace {
+
+// How much height a field's control takes, in rows.
+int RowWeight(unsigned type) {
+  return type == kImage ? 7 : type == kNote ? 3 : 1;
+}
+
+QFormLayout* NewForm() {
+  auto* form = new QFormLayout;
+  form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+  return form;
+}
+
+}  // namespace
 
 void RecordEditorDialog::BuildControls() {
   auto* body = new QWidget;
   auto* outer = new QVBoxLayout(body);
-  auto* form = new QFormLayout;
-  outer->addLayout(form);
+  auto* columns = new QHBoxLayout;
+  outer->addLayout(columns);
   outer->addStretch(1);
-  form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-  for (int slot : UsedFieldsInDisplayOrder(db_.definition())) {
+  const auto shown = UsedFieldsInDisplayOrder(db_.definition());
+  int total = 0;
+  for (int slot : shown) total += RowWeight(db_.definition().field_type(slot));
+  // Many fields are laid out in two columns, split where half the height is reached (a
+  // heading stays with the fields after it), so a whole record fits on the screen.
+  const bool two = total > 14;
+  QFormLayout* form = NewForm();
+  columns->addLayout(form, 1);
+  int used = 0;
+  for (int slot : shown) {
     ConstFieldDefinition field = db_.definition().field(slot);
+    if (two && columns->count() == 1 && used * 2 >= total) {
+      columns->addSpacing(16);
+      form = NewForm();
+      columns->addLayout(form, 1);
+    }
+    used += RowWeight(field.type());
     if (field.type() == kHeading) {
       auto* heading = new QLabel(Wide(field.name()), body);
       QFont bold = heading->font();
@@ -114,10 +147,14 @@ void RecordEditorDialog::BuildControls() {
     });
     connect(control, &FieldControl::editPopupsRequested, this, &RecordEditorDialog::EditPopups);
   }
+  for (int i = 0; i < columns->count(); ++i)
+    if (auto* f = qobject_cast<QFormLayout*>(columns->itemAt(i)->layout()))
+      f->setRowWrapPolicy(QFormLayout::DontWrapRows);
   auto* scroll = new QScrollArea(this);
   scroll->setWidget(body);
   scroll->setWidgetResizable(true);
   scroll->setFrameShape(QFrame::NoFrame);
+  two_columns_ = two;
 }
 
 FieldControl* RecordEditorDialog::control(int slot) const {

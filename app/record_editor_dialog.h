@@ -67,7 +67,8 @@ class RecordEditorDialog : public QDialog {
   RecordValues shown_;
   bool dirty_ = false;
   bool changed_ = false;
-  bool deciphered_ = false;  // the shown record was deciphered to be edited
+  bool deciphered_ = false;
+  bool two_columns_ = false;  // the shown record was deciphered to be edited
   std::map<int, FieldControl*> controls_;
   QLabel* position_;
   QCheckBox* encrypt_;
