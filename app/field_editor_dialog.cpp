@@ -117,6 +117,7 @@ FieldEditorDialog::FieldEditorDialog(Workspace& workspace, Database& db, int slo
           &FieldEditorDialog::TypeChanged);
   Load();
   TypeChanged();
+  name_->setFocus();
   resize(600, 520);
 }
 

@@ -68,7 +68,7 @@ PropertiesDialog::PropertiesDialog(Workspace& workspace, AccessGate& access, con
   tabs_->addTab(FieldsPage(), tr("&Fields"));
   tabs_->addTab(ViewsPage(), tr("&Views"));
   tabs_->addTab(SecurityPage(), tr("&Security"));
-  tabs_->addTab(AlarmsPage(), tr("&Alarm Settings"));
+  tabs_->addTab(AlarmsPage(), tr("Alar&m Settings"));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs_, 1);

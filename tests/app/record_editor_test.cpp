@@ -2,6 +2,7 @@
 // Fields page make a database with a field of every type, records are entered, changed and
 // deleted in the editor, and Undo and Redo take them back.
 
+#include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -248,6 +249,35 @@ class RecordEditorTest : public QObject {
     for (std::uint32_t i = 0; i < h.db().count(); ++i)
       found = found || (Text(h.db(), i, "Name") == "kiwi" && Text(h.db(), i, "Qty") == "12");
     QVERIFY(found);
+  }
+
+  void propertiesAndTheFieldEditorAreCompletedWithTheKeyboard() {
+    test::EditorHarness h;
+    h.Install(test::SampleDatabase());
+    WhenShown<app::PropertiesDialog>([](app::PropertiesDialog* props) {
+      props->activateWindow();
+      QVERIFY(QTest::qWaitForWindowActive(props));
+      QTest::keyClick(props, Qt::Key_F, Qt::AltModifier);  // the Fields page
+      QCOMPARE(props->tabs()->currentIndex(), int{app::PropertiesDialog::kFieldsPage});
+      WhenShown<app::FieldEditorDialog>([](app::FieldEditorDialog* e) {
+        e->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(e));
+        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget*>(e->nameEdit()));
+        QTest::keyClicks(e->nameEdit(), "Size");  // replaces the selected "New Field"
+        QTest::keyClick(e->nameEdit(), Qt::Key_Tab);
+        QTest::keyClicks(QApplication::focusWidget(), "Integer");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+      });
+      // From the page's tab: Tab to the field list, Tab to "Add...", Space presses it.
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+      QTest::keyClick(props, Qt::Key_Return);  // OK
+    });
+    h.application.window().RunCommand(app::command::kDbProperties);
+    auto slot = h.db().definition().FindField("Size");
+    QVERIFY(slot);
+    QCOMPARE(h.db().definition().field(*slot).type(), unsigned{kInteger});
   }
 };
 
