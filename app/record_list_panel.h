@@ -36,6 +36,9 @@ class RecordListPanel : public QWidget {
   void EditProperties(int slot = -1);
   // Where record edits are kept for Undo; none: edits are not undoable.
   void setHistory(EditHistory* history) { history_ = history; }
+  // After a command changed records ("Set Values To.." among them): keeps the change for Undo,
+  // named `label`; `before` is the record table as it was.
+  void Remember(const QString& label, const std::vector<RecordSlot>& before);
   // The column menu's commands (1300..1305) for the field of `column`.
   void RunColumnCommand(int column, int command);
   // The report of a field (slot -1: none chosen) in the report window.
@@ -68,7 +71,6 @@ class RecordListPanel : public QWidget {
   bool EditInList(Database& db, std::uint32_t number, int slot, const QRect& cell);
   bool EditableInList(const Database& db, int slot) const;
   void OpenEditor(Database& db, std::uint32_t number, bool view_only);
-  void Remember(const QString& label, const std::vector<RecordSlot>& before);
   QRect CellRect(int row, int column) const;
   void FillViews();
 
