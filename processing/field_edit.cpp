@@ -269,6 +269,19 @@ bool TypeCannotBeSortKey(unsigned type) {
   return type == kImage || type == kLink || type == kHeading;
 }
 
+// A new type starts with a fresh slot's settings: a formula's operands and constants, a
+// conditional's texts or a default value of the old type would be read as something else.
+// The name, length, list width, flags A and B and the encrypt flag stay.
+void ResetTypeSettings(FieldDefinition f, int slot) {
+  const Schema fresh = NewSchema();
+  const std::uint8_t* clean = fresh.definition.field(slot).bytes();
+  std::uint8_t* p = f.bytes();
+  const std::uint8_t keep_encrypted = p[11];
+  std::copy(clean + 10, clean + 66, p + 10);
+  std::copy(clean + 86, clean + kFieldDefinitionSize, p + 86);
+  p[11] = keep_encrypted;
+}
+
 // The definition of `slot` with a new type and length, and the fixes a retyping brings.
 DatabaseDefinition RetypedDefinition(const DatabaseDefinition& d, int slot, FieldType type,
                                      unsigned length, std::vector<std::string>* notes) {
@@ -279,7 +292,7 @@ DatabaseDefinition RetypedDefinition(const DatabaseDefinition& d, int slot, Fiel
   auto found = FixReferences(out, slot, what);
   if (notes) *notes = std::move(found);
   FieldDefinition f = out.field(slot);
-  if (f.type() != type) std::fill(f.settings(), f.settings() + 40, 0);
+  if (f.type() != type) ResetTypeSettings(f, slot);
   f.set_type(type);
   if (length > 0) f.set_length(length);
   return out;

@@ -188,6 +188,20 @@ TEST(FieldEditTest, DefaultsAndUniqueStartReachNewRecords) {
   ExpectRoundTrip(*db);
 }
 
+TEST(FieldEditTest, ANewTypeStartsWithoutTheOldTypesSettings) {
+  auto db = DatabaseBuilder().Field("Qty", kInteger).Field("Total", kCalculated).Row({"4"}).Build();
+  ScriptedPrompter prompter;
+  FormatOptions options;
+  ASSERT_TRUE(BuildFormula(db->definition(), 1, "{Qty} * 2.25 + 1.5 + 2.75 + 3.5 + 4.5", prompter));
+  RecalculateAll(*db, prompter);
+  ASSERT_TRUE(ChangeFieldType(*db, 1, kText, 0, options, prompter));
+  // The constants stored where a default value sits must not turn into one.
+  EXPECT_EQ(DefaultText(*db, 1, options), "");
+  EXPECT_EQ(Column(*db, 1), (std::vector<std::string>{"21.2500"}));
+  StoreRecord(*db, DefaultValues(*db), kNewRecord);
+  EXPECT_EQ(Column(*db, 1).back(), "");
+}
+
 TEST(FieldEditTest, EncipheredValuesAreNeverConverted) {
   auto db = DatabaseBuilder().Field("Secret", kText).Field("Plain", kText).Row({"x", "y"}).Build();
   EnableRecordHeaders(*db);
