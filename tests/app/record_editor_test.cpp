@@ -2,6 +2,7 @@
 // Fields page make a database with a field of every type, records are entered, changed and
 // deleted in the editor, and Undo and Redo take them back.
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
@@ -15,6 +16,7 @@
 #include "app/field_editor_dialog.h"
 #include "app/properties_dialog.h"
 #include "app/record_editor_dialog.h"
+#include "security/access.h"
 #include "security/record_header.h"
 #include "security/settings.h"
 #include "tests/app/editor_harness.h"
@@ -191,6 +193,48 @@ class RecordEditorTest : public QObject {
     });
     h.application.window().panel()->Activate(0);
     QVERIFY(ReadRecordHeader(h.db().records[0].data)->has(kRecordFieldsEnciphered));
+  }
+
+  void theEncryptBoxEnciphersARecordInManualMode() {
+    test::EditorHarness h;
+    auto built = test::DatabaseBuilder("Vault")
+                     .Field("Secret", kText)
+                     .Field("Plain", kText)
+                     .Row({"x", "y"})
+                     .Build();
+    EnableRecordHeaders(*built);
+    built->definition().field(0).set_encrypted(true);
+    SetEncryptionMode(built->definition(), kManualEncryption);
+    h.Install(std::move(built));
+    h.passwords.Type("pw");
+    WhenShown<app::RecordEditorDialog>([](app::RecordEditorDialog* e) {
+      QVERIFY(!e->encryptBox()->isHidden());
+      QVERIFY(e->control(0)->SetText("s3cret"));
+      e->encryptBox()->setChecked(true);
+      e->accept();
+    });
+    h.application.window().panel()->Activate(0);
+    auto header = ReadRecordHeader(h.db().records[0].data);
+    QVERIFY(header && header->has(kRecordManualEncrypt) && header->has(kRecordFieldsEnciphered));
+    Bytes image = SerializeDatabase(h.db());
+    QVERIFY(std::string(image.begin(), image.end()).find("s3cret") == std::string::npos);
+  }
+
+  void viewRecordsOnlyOpensTheEditorReadOnly() {
+    test::EditorHarness h;
+    auto db = test::SampleDatabase();
+    SetAccess(db->definition(), kEditRecords, kViewRecordsOnly);
+    h.Install(std::move(db));
+    const Bytes before = SerializeDatabase(h.db());
+    WhenShown<app::RecordEditorDialog>([](app::RecordEditorDialog* e) {
+      QVERIFY(!e->control(0)->SetText("changed"));
+      QCOMPARE(e->control(0)->text(), QString("apple"));
+      e->NewRecord();  // nothing: a read-only editor adds no record
+      e->accept();
+    });
+    h.application.window().panel()->Activate(0);
+    QCOMPARE(SerializeDatabase(h.db()), before);
+    QCOMPARE(h.application.window().history().stack()->count(), 0);
   }
 
   void cancelInPropertiesChangesNoByte() {
