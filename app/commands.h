@@ -29,8 +29,9 @@ inline constexpr int kFindAgain = 32797;
 inline constexpr int kSort = 32796;
 inline constexpr int kFilter = 32795;
 inline constexpr int kAbout = 32784;
-// Not in the command table: the help page.
+// Not in the command table: the help page, and the record editor on a new record.
 inline constexpr int kHelp = 0;
+inline constexpr int kNewRecord = 32807;
 
 // The column menu.
 inline constexpr int kSortForward = 1300;

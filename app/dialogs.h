@@ -37,6 +37,9 @@ class Dialogs : public FileDialogs {
   virtual void EditViews(Database& db, Prompter& prompter) = 0;
   // Whether a record is open in the record editor (an alarm must not replace it then).
   virtual bool IsRecordOpen() const = 0;
+  // The database properties on a working copy of `db`, opened on the field editor of `field`
+  // (-1: the General page); true when OK stored the changes into `db`.
+  virtual bool EditProperties(Database&, int /*field*/) { return false; }
 };
 
 }  // namespace qv::app

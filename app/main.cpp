@@ -60,6 +60,7 @@ int main(int argc, char** argv) {
       settings, paths, clock, prompter, dialogs, access, converter, alarms});
   application.workspace().options = qv::SystemFormatOptions(&settings);
   dialogs.setWorkspace(&application.workspace());
+  dialogs.setAccess(&access);
 
   qv::app::MainWindow& window = application.CreateWindow();
   prompter.setParent(&window);

@@ -6,6 +6,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+#include <QUndoStack>
 
 #include "app/commands.h"
 #include "app/help_page.h"
@@ -18,10 +19,13 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
     : QMainWindow(parent),
       context_(context),
       flows_(FlowServices{context.workspace, context.paths, context.dialogs, context.access,
-                          context.converter}) {
+                          context.converter}),
+      history_(context.workspace) {
   setWindowTitle("Quorvant");
   panel_ = new RecordListPanel(context_.workspace, context_.dialogs, context_.access, this);
   setCentralWidget(panel_);
+  panel_->setHistory(&history_);
+  connect(&history_, &EditHistory::applied, this, &MainWindow::Refresh);
   BuildMenus();
   statusBar()->setSizeGripEnabled(true);
   connect(panel_, &RecordListPanel::databaseChanged, this, &MainWindow::UpdateTitle);
@@ -58,12 +62,14 @@ void MainWindow::BuildMenus() {
   AddCommand(file, tr("Close"), kClose, true, QKeySequence::Close);
   file->addSeparator();
   AddCommand(file, tr("Preferences..."), kPreferences);
-  // Commands whose features arrive later are listed and disabled.
-  AddCommand(file, tr("DB Properties..."), kDbProperties, false);
+  AddCommand(file, tr("DB Properties..."), kDbProperties);
   file->addSeparator();
   AddCommand(file, tr("Exit"), kExit, true, QKeySequence::Quit);
 
+  BuildEditMenu();
   QMenu* actions = menuBar()->addMenu(tr("&Actions"));
+  AddCommand(actions, tr("New Record"), kNewRecord, true, QKeySequence(Qt::Key_Insert));
+  actions->addSeparator();
   AddCommand(actions, tr("Find..."), kFind, false, QKeySequence::Find);
   AddCommand(actions, tr("Find Again"), kFindAgain, false, QKeySequence::FindNext);
   AddCommand(actions, tr("Sort..."), kSort, false);
@@ -95,9 +101,22 @@ void MainWindow::BuildMenus() {
   actions_[kOpen]->setIcon(style()->standardIcon(QStyle::SP_DialogOpenButton));
   actions_[kSave]->setIcon(style()->standardIcon(QStyle::SP_DialogSaveButton));
   actions_[kDeleteRecords]->setIcon(style()->standardIcon(QStyle::SP_TrashIcon));
+  actions_[kNewRecord]->setIcon(style()->standardIcon(QStyle::SP_FileDialogNewFolder));
   for (int c : {kNew, kOpen, kSave}) tools->addAction(actions_[c]);
   tools->addSeparator();
+  tools->addAction(actions_[kNewRecord]);
   tools->addAction(actions_[kDeleteRecords]);
+}
+
+void MainWindow::BuildEditMenu() {
+  // The entries name what they would undo or redo: "Undo Edit Record".
+  QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+  QAction* undo = history_.stack()->createUndoAction(this, tr("Undo"));
+  undo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
+  QAction* redo = history_.stack()->createRedoAction(this, tr("Redo"));
+  redo->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+  edit->addAction(undo);
+  edit->addAction(redo);
 }
 
 void MainWindow::FillReopenMenu() {
@@ -121,7 +140,7 @@ void MainWindow::UpdateTitle() {
   const bool open = context_.workspace.has_open_database();
   setWindowTitle(QString::fromStdString(WindowTitle(context_.workspace)));
   for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
-                command::kRunReport})
+                command::kRunReport, command::kDbProperties, command::kNewRecord})
     actions_[c]->setEnabled(open);
 }
 
@@ -179,6 +198,12 @@ void MainWindow::RunCommand(int command) {
       case kDeleteRecords:
         panel_->DeleteRecords();
         return;
+      case kNewRecord:
+        panel_->NewRecord();
+        return;
+      case kDbProperties:
+        panel_->EditProperties();
+        return;
       case kRunReport:
         panel_->RunFieldReport(panel_->CurrentSlot());
         return;
@@ -189,6 +214,8 @@ void MainWindow::RunCommand(int command) {
         return;
     }
   }
+  // Another database (or none): nothing before it can be undone.
+  if (refresh) history_.Clear();
   if (refresh) Refresh();
 }
 
@@ -198,8 +225,10 @@ void MainWindow::HandleLaunchText(const QString& text) {
 
 void MainWindow::DeliverLaunchText(const QString& text) {
   Running running(running_);
-  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen()))
+  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen())) {
+    history_.Clear();
     Refresh();
+  }
   raise();
   activateWindow();
 }

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "app/app_context.h"
+#include "app/edit_history.h"
 #include "app/file_flows.h"
 #include "app/launch_queue.h"
 #include "app/record_list_panel.h"
@@ -30,6 +31,7 @@ class MainWindow : public QMainWindow {
   QAction* action(int command) const;
   RecordListPanel* panel() const { return panel_; }
   FileFlows& flows() { return flows_; }
+  EditHistory& history() { return history_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -38,6 +40,7 @@ class MainWindow : public QMainWindow {
   QAction* AddCommand(QMenu* menu, const QString& text, int command, bool available = true,
                       const QKeySequence& shortcut = {});
   void BuildMenus();
+  void BuildEditMenu();
   void FillReopenMenu();
   void UpdateTitle();
   void Refresh() { panel_->Refresh(); }
@@ -46,6 +49,7 @@ class MainWindow : public QMainWindow {
 
   AppContext context_;
   FileFlows flows_;
+  EditHistory history_;
   RecordListPanel* panel_;
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;

@@ -10,6 +10,7 @@
 
 #include "app/commands.h"
 #include "app/core_calls.h"
+#include "app/edit_history.h"
 #include "app/window_title.h"
 #include "engine/record.h"
 #include "engine/text.h"
@@ -58,7 +59,9 @@ RecordListPanel::RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessG
 
   connect(views_, QOverload<int>::of(&QComboBox::activated), this, &RecordListPanel::ViewChosen);
   connect(view_, &QAbstractItemView::clicked, this,
-          [this](const QModelIndex& index) { Tap(index.row(), index.column()); });
+          [this](const QModelIndex& index) { Click(index.row(), index.column()); });
+  connect(view_, &QAbstractItemView::activated, this,
+          [this](const QModelIndex& index) { Activate(index.row()); });
   connect(view_->horizontalHeader(), &QHeaderView::sectionClicked, this,
           [this](int column) { ShowColumnMenu(column); });
   connect(view_->horizontalHeader(), &QHeaderView::sectionResized, this,
@@ -129,11 +132,72 @@ void RecordListPanel::Tap(int row, int column) {
   if (!access_.DecipherRecord(workspace_, db, *number)) return;
   if (enciphered) Refresh();
   int slot = model_->SlotOfColumn(column);
-  if (access == kAccessFull && slot >= 0 && EditInList(db, *number, slot, CellRect(row, column))) {
+  if (access == kAccessFull && slot >= 0 && EditableInList(db, slot)) {
+    auto before = db.records;
+    if (EditInList(db, *number, slot, CellRect(row, column))) Remember(tr("Edit Record"), before);
     Refresh();
     return;
   }
-  if (dialogs_.OpenRecord(db, *number, access == kAccessViewOnly)) Refresh();
+  OpenEditor(db, *number, access == kAccessViewOnly);
+}
+
+void RecordListPanel::Click(int row, int column) {
+  auto number = model_->RecordOfRow(row);
+  if (!number) return;
+  int slot = model_->SlotOfColumn(column);
+  if (slot >= 0 && EditableInList(workspace_.current(), slot)) {
+    Tap(row, column);
+    return;
+  }
+  workspace_.current().current = *number;
+  type_ahead_.Clear();
+}
+
+void RecordListPanel::Activate(int row) {
+  auto number = model_->RecordOfRow(row);
+  if (!number) return;
+  Database& db = workspace_.current();
+  db.current = *number;
+  type_ahead_.Clear();
+  int access = access_.CheckAccess(workspace_, db, Guarded::EditRecords, true);
+  if (access == kAccessRefused) return;
+  OpenEditor(db, *number, access == kAccessViewOnly);
+}
+
+void RecordListPanel::NewRecord() {
+  if (!workspace_.has_open_database()) return;
+  Database& db = workspace_.current();
+  // The editor itself checks Add Records before it shows the new record.
+  OpenEditor(db, kNewRecord, false);
+}
+
+void RecordListPanel::OpenEditor(Database& db, std::uint32_t number, bool view_only) {
+  auto before = db.records;
+  if (!dialogs_.OpenRecord(db, number, view_only)) return;
+  Remember(EditHistory::EditorLabel(static_cast<std::uint32_t>(before.size()), db.count()), before);
+  Refresh();
+}
+
+void RecordListPanel::Remember(const QString& label, const std::vector<RecordSlot>& before) {
+  if (history_) history_->Record(label, before);
+}
+
+void RecordListPanel::EditProperties(int slot) {
+  if (!workspace_.has_open_database()) return;
+  Database& db = workspace_.current();
+  if (access_.CheckAccess(workspace_, db, Guarded::DbProperties, true) != kAccessFull) return;
+  // Schema changes rewrite records: what came before can no longer be undone.
+  if (dialogs_.EditProperties(db, slot)) {
+    if (history_) history_->Clear();
+    Refresh();
+  }
+}
+
+bool RecordListPanel::EditableInList(const Database& db, int slot) const {
+  const Preferences& prefs = workspace_.preferences;
+  const unsigned type = db.definition().field_type(slot);
+  return (type == kCheckBox && prefs.allow_checks) || (type == kPopUp && prefs.allow_popups) ||
+         ((type == kDate || type == kTime) && prefs.allow_date_time);
 }
 
 bool RecordListPanel::EditInList(Database& db, std::uint32_t number, int slot, const QRect& cell) {
@@ -181,7 +245,7 @@ void RecordListPanel::ShowColumnMenu(int column) {
   };
   add(tr("Sort Forward"), command::kSortForward, CanSortFromList());
   add(tr("Sort Reverse"), command::kSortReverse, CanSortFromList());
-  add(tr("Field Properties"), command::kFieldProperties, false);
+  add(tr("Field Properties"), command::kFieldProperties, true);
   add(tr("Run Report"), command::kColumnReport, true);
   add(tr("Set Values To.."), command::kSetValues, false);
   add(tr("Hide Field"), command::kHideField, true);
@@ -204,6 +268,9 @@ void RecordListPanel::RunColumnCommand(int column, int command) {
       return;
     case command::kColumnReport:
       RunFieldReport(slot);
+      return;
+    case command::kFieldProperties:
+      EditProperties(slot);
       return;
     case command::kHideField:
       HideField(db.definition(), slot);
@@ -293,7 +360,9 @@ void RecordListPanel::DeleteRecords() {
                             Buttons::YesNo, Icon::Question);
   }
   workspace_.prompter.busy(true);
+  auto before = db.records;
   DeleteRecordSet(db, *scope, workspace_.prompter);
+  Remember(tr("Delete Records"), before);
   workspace_.prompter.busy(false);
   Refresh();
 }

@@ -15,6 +15,8 @@ class QLabel;
 
 namespace qv::app {
 
+class EditHistory;
+
 class RecordListPanel : public QWidget {
   Q_OBJECT
  public:
@@ -24,6 +26,19 @@ class RecordListPanel : public QWidget {
   void Refresh();
   // A tap on a cell of the list.
   void Tap(int row, int column);
+  // A click: the in-list choosers where the preferences allow them, else the row is selected.
+  void Click(int row, int column);
+  // A double-click or Enter on a row: the record editor.
+  void Activate(int row);
+  // "New Record" (Insert): the record editor on a new record.
+  void NewRecord();
+  // "DB Properties..." and the column menu's "Field Properties" (slot -1: the General page).
+  void EditProperties(int slot = -1);
+  // Where record edits are kept for Undo; none: edits are not undoable.
+  void setHistory(EditHistory* history) { history_ = history; }
+  // After a command changed records ("Set Values To.." among them): keeps the change for Undo,
+  // named `label`; `before` is the record table as it was.
+  void Remember(const QString& label, const std::vector<RecordSlot>& before);
   // The column menu's commands (1300..1305) for the field of `column`.
   void RunColumnCommand(int column, int command);
   // The report of a field (slot -1: none chosen) in the report window.
@@ -54,6 +69,8 @@ class RecordListPanel : public QWidget {
   void Erased();
   void ApplyTypeAhead(std::optional<std::uint32_t> found);
   bool EditInList(Database& db, std::uint32_t number, int slot, const QRect& cell);
+  bool EditableInList(const Database& db, int slot) const;
+  void OpenEditor(Database& db, std::uint32_t number, bool view_only);
   QRect CellRect(int row, int column) const;
   void FillViews();
 
@@ -66,6 +83,7 @@ class RecordListPanel : public QWidget {
   RecordListModel* model_;
   TypeAhead type_ahead_;
   bool refreshing_ = false;
+  EditHistory* history_ = nullptr;
 };
 
 }  // namespace qv::app

@@ -5,14 +5,16 @@
 #include <QWidget>
 
 #include "app/dialogs.h"
+#include "app/open_hooks.h"
 
 namespace qv::app {
 
 class WidgetDialogs : public Dialogs {
  public:
   void setParent(QWidget* parent) { parent_ = parent; }
-  // Where the record view takes its format options from.
-  void setWorkspace(const Workspace* workspace) { workspace_ = workspace; }
+  // The workspace the record editor and the properties work in, and the access checks they make.
+  void setWorkspace(Workspace* workspace) { workspace_ = workspace; }
+  void setAccess(AccessGate* access) { access_ = access; }
 
   std::optional<std::string> AskOpenPath(const std::string& folder) override;
   std::optional<std::string> AskSavePath(const std::string& proposed) override;
@@ -29,9 +31,12 @@ class WidgetDialogs : public Dialogs {
   void ShowReport(const std::string& text) override;
   void EditViews(Database& db, Prompter& prompter) override;
   bool IsRecordOpen() const override { return record_open_; }
+  bool EditProperties(Database& db, int field) override;
 
  private:
-  const Workspace* workspace_ = nullptr;
+  Workspace* workspace_ = nullptr;
+  AccessGate* access_ = nullptr;
+  OpenAccessGate open_access_;
   QPointer<QWidget> parent_;
   bool record_open_ = false;
 };

@@ -32,5 +32,6 @@ std::vector<Command> SecurityCommands();    // encrypt, decrypt, security
 std::vector<Command> ProcessingCommands();  // sort, filter, calc, recalc
 std::vector<Command> ViewCommands();        // views, report, find
 std::vector<Command> ExchangeCommands();    // export, import
+std::vector<Command> FieldCommands();       // field
 
 }  // namespace qv::cli
