@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
@@ -10,6 +11,7 @@
 #include "app/commands.h"
 #include "app/help_page.h"
 #include "app/recent_files.h"
+#include "app/status_text.h"
 #include "app/window_title.h"
 
 namespace qv::app {
@@ -55,6 +57,8 @@ void MainWindow::BuildMenus() {
   AddCommand(file, tr("Save As..."), kSaveAs, true, QKeySequence::SaveAs);
   AddCommand(file, tr("Close"), kClose, true, QKeySequence::Close);
   file->addSeparator();
+  AddCommand(file, tr("Import CSV..."), kImportCsv, true, QKeySequence(tr("Ctrl+I")));
+  file->addSeparator();
   AddCommand(file, tr("Preferences..."), kPreferences);
   // Commands whose features arrive later are listed and disabled.
   AddCommand(file, tr("DB Properties..."), kDbProperties, false);
@@ -62,17 +66,17 @@ void MainWindow::BuildMenus() {
   AddCommand(file, tr("Exit"), kExit, true, QKeySequence::Quit);
 
   QMenu* actions = menuBar()->addMenu(tr("&Actions"));
-  AddCommand(actions, tr("Find..."), kFind, false, QKeySequence::Find);
-  AddCommand(actions, tr("Find Again"), kFindAgain, false, QKeySequence::FindNext);
-  AddCommand(actions, tr("Sort..."), kSort, false);
-  AddCommand(actions, tr("Filter..."), kFilter, false);
+  AddCommand(actions, tr("&Find..."), kFind, true, QKeySequence::Find);
+  AddCommand(actions, tr("Find &Again"), kFindAgain, true, QKeySequence(Qt::Key_F3));
+  AddCommand(actions, tr("&Sort..."), kSort, true, QKeySequence(tr("Ctrl+Shift+S", "Sort")));
+  AddCommand(actions, tr("F&ilter..."), kFilter, true, QKeySequence(tr("Ctrl+L", "Filter")));
   actions->addSeparator();
-  AddCommand(actions, tr("Delete Records..."), kDeleteRecords);
-  AddCommand(actions, tr("Run Report..."), kRunReport);
+  AddCommand(actions, tr("&Delete Records..."), kDeleteRecords);
+  AddCommand(actions, tr("Run &Report..."), kRunReport, true, QKeySequence(tr("Ctrl+R")));
   actions->addSeparator();
   AddCommand(actions, tr("Move Records To..."), kMoveRecords, false);
   AddCommand(actions, tr("Copy Records To..."), kCopyRecords, false);
-  AddCommand(actions, tr("Export Records..."), kExportRecords, false);
+  AddCommand(actions, tr("&Export Records..."), kExportRecords, true, QKeySequence(tr("Ctrl+E")));
   AddCommand(actions, tr("Print Records..."), kPrintRecords, false);
   actions->addSeparator();
   AddCommand(actions, tr("Beam Records..."), kBeamRecords, false);
@@ -82,7 +86,14 @@ void MainWindow::BuildMenus() {
   QMenu* help = menuBar()->addMenu(tr("&Help"));
   QAction* contents = help->addAction(tr("Quorvant Help"));
   contents->setShortcut(QKeySequence::HelpContents);
-  connect(contents, &QAction::triggered, this, [this] { OpenHelpPage(context_.paths); });
+  connect(contents, &QAction::triggered, this, [this] {
+    if (OpenHelpPage(context_.paths)) return;
+    QString path = QString::fromStdString(HelpPagePath(context_.paths));
+    QMessageBox::information(this, tr("Quorvant Help"),
+                             tr("No web browser could be started.\n\nThe user guide is the file\n%1\n"
+                                "Open it in any web browser.")
+                                 .arg(path));
+  });
   AddCommand(help, tr("About"), kAbout);
 
   QToolBar* tools = addToolBar(tr("Commands"));
@@ -119,8 +130,10 @@ void MainWindow::UpdateTitle() {
   const bool open = context_.workspace.has_open_database();
   setWindowTitle(QString::fromStdString(WindowTitle(context_.workspace)));
   for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
-                command::kRunReport})
+                command::kRunReport, command::kFind, command::kFindAgain, command::kSort,
+                command::kFilter, command::kExportRecords, command::kImportCsv})
     actions_[c]->setEnabled(open);
+  statusBar()->showMessage(QString::fromStdString(ListStatusText(context_.workspace)));
 }
 
 void MainWindow::OpenFirstDatabase() {
@@ -135,14 +148,20 @@ void MainWindow::RunCommand(int command) {
     refresh = flows_.Reopen(command - kReopenFirst);
   } else {
     switch (command) {
-      case kNew: refresh = flows_.New(); break;
+      case kNew:
+        refresh = flows_.New();
+        break;
       case kOpen:
-      case kMoreFiles: refresh = flows_.Open(); break;
+      case kMoreFiles:
+        refresh = flows_.Open();
+        break;
       case kSave:
       case kSaveAs:
         if (command == kSave ? flows_.Save() : flows_.SaveAs()) UpdateTitle();
         return;
-      case kClose: refresh = flows_.Close(); break;
+      case kClose:
+        refresh = flows_.Close();
+        break;
       case kPreferences: {
         Preferences p = context_.workspace.preferences;
         if (context_.dialogs.EditPreferences(p)) context_.workspace.preferences = p;
@@ -153,17 +172,43 @@ void MainWindow::RunCommand(int command) {
         exiting_ = true;
         close();
         return;
-      case kDeleteRecords: panel_->DeleteRecords(); return;
-      case kRunReport: panel_->RunFieldReport(panel_->CurrentSlot()); return;
-      case kAbout: context_.dialogs.ShowAbout(); return;
-      default: return;
+      case kDeleteRecords:
+        panel_->DeleteRecords();
+        return;
+      case kRunReport:
+        panel_->RunFieldReport(panel_->CurrentSlot());
+        return;
+      case kFind:
+      case kFindAgain: {
+        auto match = command == kFind ? panel_->data().Find() : panel_->data().FindAgain();
+        if (match) panel_->SelectMatch(*match);
+        return;
+      }
+      case kSort:
+        refresh = panel_->data().Sort();
+        break;
+      case kFilter:
+        refresh = panel_->data().Filter();
+        break;
+      case kExportRecords:
+        panel_->data().Export();
+        return;
+      case kImportCsv:
+        refresh = panel_->data().Import();
+        break;
+      case kAbout:
+        context_.dialogs.ShowAbout();
+        return;
+      default:
+        return;
     }
   }
   if (refresh) Refresh();
 }
 
 void MainWindow::HandleLaunchText(const QString& text) {
-  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen())) Refresh();
+  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen()))
+    Refresh();
   raise();
   activateWindow();
 }

@@ -60,6 +60,14 @@ int RecordListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant RecordListModel::data(const QModelIndex& index, int role) const {
+  if (role == Qt::TextAlignmentRole) {
+    int slot = SlotOfColumn(index.column());
+    if (slot < 0 || !workspace_.has_open_database()) return {};
+    // Numbers line up on their last digit.
+    unsigned type = workspace_.current().definition().field_type(slot);
+    bool number = type == kInteger || type == kFloat || type == kUnique || type == kCalculated;
+    return QVariant::fromValue((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+  }
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != Qt::CheckStateRole) return {};
   auto number = RecordOfRow(index.row());
   int slot = SlotOfColumn(index.column());

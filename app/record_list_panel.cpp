@@ -10,6 +10,7 @@
 
 #include "app/commands.h"
 #include "app/core_calls.h"
+#include "app/set_values_dialog.h"
 #include "app/window_title.h"
 #include "engine/record.h"
 #include "engine/text.h"
@@ -21,17 +22,23 @@ namespace qv::app {
 namespace {
 
 bool Reportable(unsigned type) {
-  return type == kInteger || type == kFloat || type == kCheckBox || type == kDate || type == kTime ||
-         type == kCalculated;
+  return type == kInteger || type == kFloat || type == kCheckBox || type == kDate ||
+         type == kTime || type == kCalculated;
 }
 
-QString Utf8(const std::string& s) { return QString::fromStdString(s); }
+QString Utf8(const std::string& s) {
+  return QString::fromStdString(s);
+}
 
 }  // namespace
 
 RecordListPanel::RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access,
                                  QWidget* parent)
-    : QWidget(parent), workspace_(workspace), dialogs_(dialogs), access_(access) {
+    : QWidget(parent),
+      workspace_(workspace),
+      dialogs_(dialogs),
+      access_(access),
+      data_(workspace, dialogs, access) {
   count_ = new QLabel(this);
   QFont bold = count_->font();
   bold.setBold(true);
@@ -58,8 +65,18 @@ RecordListPanel::RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessG
   connect(views_, QOverload<int>::of(&QComboBox::activated), this, &RecordListPanel::ViewChosen);
   connect(view_, &QAbstractItemView::clicked, this,
           [this](const QModelIndex& index) { Tap(index.row(), index.column()); });
-  connect(view_->horizontalHeader(), &QHeaderView::sectionClicked, this,
+  QHeaderView* header = view_->horizontalHeader();
+  connect(header, &QHeaderView::sectionClicked, this,
           [this](int column) { ShowColumnMenu(column); });
+  // A right-click opens the same menu; the keyboard opens it on the current column.
+  header->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(header, &QHeaderView::customContextMenuRequested, this,
+          [this, header](const QPoint& at) { ShowColumnMenu(header->logicalIndexAt(at)); });
+  header->setSortIndicatorShown(true);
+  connect(view_, &RecordListView::columnMenuRequested, this,
+          [this] { ShowColumnMenu(std::max(view_->currentIndex().column(), 0)); });
+  connect(view_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+          [this](const QModelIndex& index) { CurrentRowMoved(index.row()); });
   connect(view_->horizontalHeader(), &QHeaderView::sectionResized, this,
           [this](int column, int, int size) { ColumnResized(column, size); });
   connect(view_, &RecordListView::characterTyped, this, &RecordListPanel::Typed);
@@ -76,6 +93,7 @@ void RecordListPanel::Refresh() {
   for (std::size_t c = 0; c < columns.size(); ++c)
     header->resizeSection(static_cast<int>(c), ShownWidth(columns[c].stored_width));
   FillViews();
+  ShowSortIndicator();
   if (workspace_.has_open_database()) SelectRecord(workspace_.current().current);
   refreshing_ = false;
   count_->setText(Utf8(RecordCountText(workspace_)));
@@ -108,6 +126,39 @@ void RecordListPanel::SelectRecord(std::uint32_t number) {
   view_->selectionModel()->setCurrentIndex(
       index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
   view_->scrollTo(index);
+}
+
+void RecordListPanel::SelectMatch(const FindMatch& match) {
+  int row =
+      match.position >= 0 ? model_->RowOfRecord(static_cast<std::uint32_t>(match.position)) : -1;
+  if (row < 0) return;
+  int column = std::max(match.column, 0);
+  QModelIndex index = model_->index(row, std::min(column, std::max(model_->columnCount() - 1, 0)));
+  view_->selectionModel()->setCurrentIndex(
+      index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+  view_->scrollTo(index, QAbstractItemView::PositionAtCenter);
+  emit databaseChanged();
+}
+
+void RecordListPanel::ShowSortIndicator() {
+  QHeaderView* header = view_->horizontalHeader();
+  int column = -1;
+  bool forward = true;
+  if (workspace_.has_open_database()) {
+    SortKey key = workspace_.current().definition().sort_key(0);
+    for (std::size_t c = 0; c < model_->columns().size() && key.field >= 0; ++c)
+      if (model_->columns()[c].slot == key.field) column = static_cast<int>(c);
+    forward = key.forward;
+  }
+  header->setSortIndicator(column, forward ? Qt::AscendingOrder : Qt::DescendingOrder);
+}
+
+void RecordListPanel::CurrentRowMoved(int row) {
+  if (refreshing_ || !workspace_.has_open_database()) return;
+  if (auto number = model_->RecordOfRow(row)) {
+    workspace_.current().current = *number;
+    emit databaseChanged();
+  }
 }
 
 QRect RecordListPanel::CellRect(int row, int column) const {
@@ -146,7 +197,8 @@ bool RecordListPanel::EditInList(Database& db, std::uint32_t number, int slot, c
       if (!text.empty()) items.push_back(Cp1252ToUtf8(text));
     auto chosen = dialogs_.ChoosePopupItem(items, Cp1252ToUtf8(ValueText(value)), cell);
     // The stored item text is at most 13 characters.
-    if (chosen) StoreListEdit(workspace_, db, number, slot, TextValue(Utf8ToCp1252(*chosen).substr(0, 13)));
+    if (chosen)
+      StoreListEdit(workspace_, db, number, slot, TextValue(Utf8ToCp1252(*chosen).substr(0, 13)));
     return true;
   }
   if (type == kDate && prefs.allow_date_time) {
@@ -158,7 +210,9 @@ bool RecordListPanel::EditInList(Database& db, std::uint32_t number, int slot, c
     TimeOfDay now{255, 0, 0};
     if (value.size() >= 3) now = {value[2], value[1], value[0]};
     auto chosen = dialogs_.ChooseTime(now, cell);
-    if (chosen) StoreListEdit(workspace_, db, number, slot, TimeValue(chosen->hours, chosen->minutes, chosen->seconds));
+    if (chosen)
+      StoreListEdit(workspace_, db, number, slot,
+                    TimeValue(chosen->hours, chosen->minutes, chosen->seconds));
     return true;
   }
   return false;
@@ -174,16 +228,19 @@ void RecordListPanel::ShowColumnMenu(int column) {
     action->setData(command);
     action->setEnabled(enabled);
   };
-  add(tr("Sort Forward"), command::kSortForward, CanSortFromList());
-  add(tr("Sort Reverse"), command::kSortReverse, CanSortFromList());
-  add(tr("Field Properties"), command::kFieldProperties, false);
-  add(tr("Run Report"), command::kColumnReport, true);
-  add(tr("Set Values To.."), command::kSetValues, false);
-  add(tr("Hide Field"), command::kHideField, true);
+  add(tr("Sort &Forward"), command::kSortForward, CanSortFromList());
+  add(tr("Sort &Reverse"), command::kSortReverse, CanSortFromList());
+  // The field editor arrives with the database properties.
+  add(tr("Field &Properties"), command::kFieldProperties, false);
+  add(tr("Run Re&port"), command::kColumnReport, true);
+  add(tr("&Set Values To.."), command::kSetValues, SetValuesDialog::Settable(type));
+  add(tr("&Hide Field"), command::kHideField, true);
   // At the cell of this column in the top visible row.
   int x = view_->horizontalHeader()->sectionViewportPosition(column);
   QPoint at = view_->viewport()->mapToGlobal(QPoint(std::max(x, 0), 0));
-  if (QAction* chosen = menu.exec(at)) RunColumnCommand(column, chosen->data().toInt());
+  QAction* chosen = menu.exec(at);
+  ShowSortIndicator();  // a header click may have turned it
+  if (chosen) RunColumnCommand(column, chosen->data().toInt());
 }
 
 void RecordListPanel::RunColumnCommand(int column, int command) {
@@ -194,18 +251,21 @@ void RecordListPanel::RunColumnCommand(int column, int command) {
     case command::kSortForward:
     case command::kSortReverse:
       if (!CanSortFromList()) return;
-      SortOnField(workspace_, db, slot, command == command::kSortForward);
+      data_.SortOnColumn(slot, command == command::kSortForward);
       Refresh();
       return;
     case command::kColumnReport:
       RunFieldReport(slot);
       return;
+    case command::kSetValues:
+      if (data_.SetValues(slot)) Refresh();
+      return;
     case command::kHideField:
-      HideField(db.definition(), slot);
-      db.changed = true;
+      StoreListWidth(db, slot, 0);
       Refresh();
       return;
-    default: return;
+    default:
+      return;
   }
 }
 
@@ -243,9 +303,8 @@ void RecordListPanel::ColumnResized(int column, int new_size) {
   if (refreshing_ || !workspace_.has_open_database()) return;
   int slot = model_->SlotOfColumn(column);
   if (slot < 0) return;
-  Database& db = workspace_.current();
-  StoreDraggedWidth(db.definition(), slot, new_size);
-  db.changed = true;
+  // The current view keeps the width too, so applying it again does not undo the drag.
+  StoreListWidth(workspace_.current(), slot, StoredWidth(new_size));
   emit databaseChanged();
 }
 

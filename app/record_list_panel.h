@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include "app/data_flows.h"
 #include "app/dialogs.h"
 #include "app/open_hooks.h"
 #include "app/record_list_model.h"
@@ -18,7 +19,8 @@ namespace qv::app {
 class RecordListPanel : public QWidget {
   Q_OBJECT
  public:
-  RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access, QWidget* parent = nullptr);
+  RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access,
+                  QWidget* parent = nullptr);
 
   // Rebuilds columns and rows, selects the current record and updates the label.
   void Refresh();
@@ -37,6 +39,12 @@ class RecordListPanel : public QWidget {
   void DeleteRecords();
   // Selects the record's row and scrolls it into view.
   void SelectRecord(std::uint32_t number);
+  // Selects the found record and field (column -1: the row only) and scrolls them into view.
+  void SelectMatch(const FindMatch& match);
+  // The column menu of a column, at its header; from the keyboard, of the current column.
+  void ShowColumnMenu(int column);
+  // The data commands (find, sort, filter, export, import, set values).
+  DataFlows& data() { return data_; }
 
   RecordListView* view() const { return view_; }
   RecordListModel* model() const { return model_; }
@@ -48,7 +56,6 @@ class RecordListPanel : public QWidget {
   void databaseChanged();
 
  private:
-  void ShowColumnMenu(int column);
   void ColumnResized(int column, int new_size);
   void Typed(QChar c);
   void Erased();
@@ -56,6 +63,8 @@ class RecordListPanel : public QWidget {
   bool EditInList(Database& db, std::uint32_t number, int slot, const QRect& cell);
   QRect CellRect(int row, int column) const;
   void FillViews();
+  void ShowSortIndicator();
+  void CurrentRowMoved(int row);
 
   Workspace& workspace_;
   Dialogs& dialogs_;
@@ -65,6 +74,7 @@ class RecordListPanel : public QWidget {
   RecordListView* view_;
   RecordListModel* model_;
   TypeAhead type_ahead_;
+  DataFlows data_;
   bool refreshing_ = false;
 };
 

@@ -14,6 +14,10 @@ RecordListView::RecordListView(QWidget* parent) : QTableView(parent) {
   setWordWrap(false);
   setTextElideMode(Qt::ElideRight);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  // The list is drawn in bold, as the handheld list was.
+  QFont bold = font();
+  bold.setBold(true);
+  setFont(bold);
   QHeaderView* rows = verticalHeader();
   rows->setVisible(false);
   rows->setSectionResizeMode(QHeaderView::Fixed);
@@ -28,6 +32,11 @@ RecordListView::RecordListView(QWidget* parent) : QTableView(parent) {
 }
 
 void RecordListView::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Menu ||
+      (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier)) {
+    emit columnMenuRequested();
+    return;
+  }
   const Qt::KeyboardModifiers mods = event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
   if (mods == Qt::NoModifier) {
     if (event->key() == Qt::Key_Backspace) {

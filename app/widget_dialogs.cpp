@@ -22,9 +22,11 @@ const char kFilter[] = "Quorvant Files (*.pdb *.PDB);;All Files (*)";
 
 std::optional<std::string> RunFileDialog(QWidget* parent, QFileDialog::AcceptMode mode,
                                          const std::string& start) {
-  QFileDialog dialog(parent, mode == QFileDialog::AcceptOpen ? QObject::tr("Open") : QObject::tr("Save As"));
+  QFileDialog dialog(
+      parent, mode == QFileDialog::AcceptOpen ? QObject::tr("Open") : QObject::tr("Save As"));
   dialog.setAcceptMode(mode);
-  dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+  dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile
+                                                     : QFileDialog::AnyFile);
   dialog.setNameFilter(kFilter);
   dialog.setDefaultSuffix("PDB");
   QFileInfo info(QString::fromStdString(start));
@@ -90,7 +92,8 @@ std::optional<DeleteScope> WidgetDialogs::AskDeleteScope() {
 }
 
 std::optional<std::string> WidgetDialogs::ChoosePopupItem(const std::vector<std::string>& items,
-                                                          const std::string& current, const QRect& cell) {
+                                                          const std::string& current,
+                                                          const QRect& cell) {
   if (items.empty()) return std::nullopt;
   QMenu menu(parent_);
   for (std::size_t i = 0; i < items.size(); ++i) {
@@ -130,7 +133,7 @@ void WidgetDialogs::ShowReport(const std::string& text) {
 }
 
 void WidgetDialogs::EditViews(Database& db, Prompter& prompter) {
-  ViewsDialog dialog(db, prompter, parent_);
+  ViewsDialog dialog(db, workspace_ ? workspace_->options : FormatOptions{}, prompter, parent_);
   dialog.exec();
 }
 

@@ -3,6 +3,7 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <string>
 
 #include "app/dialogs.h"
 
@@ -22,18 +23,33 @@ class WidgetDialogs : public Dialogs {
   bool EditPreferences(Preferences& preferences) override;
   std::optional<DeleteScope> AskDeleteScope() override;
   std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items,
-                                             const std::string& current, const QRect& cell) override;
+                                             const std::string& current,
+                                             const QRect& cell) override;
   std::optional<Dmy> ChooseDate(const Dmy& current, const QRect& cell) override;
   std::optional<TimeOfDay> ChooseTime(const TimeOfDay& current, const QRect& cell) override;
   void ShowAbout() override;
   void ShowReport(const std::string& text) override;
   void EditViews(Database& db, Prompter& prompter) override;
   bool IsRecordOpen() const override { return record_open_; }
+  // The data dialogs (widget_data_dialogs.cpp).
+  std::optional<FindSettings> AskFind(const Database& db, const FindSettings& current) override;
+  bool EditSort(Database& db, int view, Prompter& prompter) override;
+  bool EditFilter(Database& db, int view, const FormatOptions& options,
+                  Prompter& prompter) override;
+  std::optional<ExportRequest> AskExport(const Database& db,
+                                         const Preferences& preferences) override;
+  std::optional<ImportRequest> AskImport(const Database& db,
+                                         const Preferences& preferences) override;
+  std::optional<Bytes> AskSetValue(const Database& db, int slot, const FormatOptions& options,
+                                   Prompter& prompter) override;
+  bool RunLong(const std::string& title, LongWork work, Prompter& shown) override;
 
  private:
   const Workspace* workspace_ = nullptr;
   QPointer<QWidget> parent_;
   bool record_open_ = false;
+  std::string last_import_;  // the file last imported, offered again
+  LongTasks long_tasks_;
 };
 
 }  // namespace qv::app
