@@ -18,13 +18,15 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
                              "the handheld and the desktop."),
                           this);
   text->setWordWrap(true);
+  // A wrapped label needs a width to find its height; without one its last line is cut off.
+  text->setMinimumWidth(320);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(20, 18, 20, 12);
   layout->addWidget(name);
   layout->addWidget(text);
   layout->addWidget(buttons);
-  setFixedWidth(360);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
 }
 

@@ -8,6 +8,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -93,12 +94,15 @@ ExportDialog::ExportDialog(const Preferences& preferences, const std::string& pr
   path_ = new QLineEdit(QString::fromStdString(proposed), this);
   path_->setMinimumWidth(320);
   auto* browse = new QPushButton(tr("&Browse..."), this);
+  browse->setAutoDefault(false);
   connect(browse, &QPushButton::clicked, this, &ExportDialog::Browse);
   auto* file_row = new QHBoxLayout;
   file_row->addWidget(path_, 1);
   file_row->addWidget(browse);
   auto* file_form = new QFormLayout;
-  file_form->addRow(tr("&Write to:"), file_row);
+  auto* file_label = new QLabel(tr("&Write to:"), this);
+  file_label->setBuddy(path_);
+  file_form->addRow(file_label, file_row);
 
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   buttons->button(QDialogButtonBox::Ok)->setText(tr("E&xport"));

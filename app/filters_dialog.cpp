@@ -1,5 +1,6 @@
 #include "app/filters_dialog.h"
 
+#include <QApplication>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -85,6 +86,12 @@ FiltersDialog::FiltersDialog(Database& db, int view, const FormatOptions& option
   layout->addWidget(scroll, 1);
   layout->addWidget(buttons);
 
+  // The condition being typed in is scrolled into view.
+  connect(qApp, &QApplication::focusChanged, this, [scroll, inner](QWidget*, QWidget* now) {
+    if (now && inner->isAncestorOf(now)) scroll->ensureWidgetVisible(now, 8, 24);
+  });
+  rows_[0].enabled->setFocus();
+
   // Taller than most screens with all six conditions: it scrolls, and fits the screen it is on.
   inner->adjustSize();
   int wanted = inner->sizeHint().height() + buttons->sizeHint().height() + 40;
@@ -97,12 +104,13 @@ FiltersDialog::FiltersDialog(Database& db, int view, const FormatOptions& option
 QWidget* FiltersDialog::MakeRow(int i, const FilterConditionControls& start) {
   Row& r = rows_[i];
   auto* box = new QGroupBox;
-  r.enabled = new QCheckBox(tr("Filter %1 Enabled").arg(i + 1), box);
+  r.enabled = new QCheckBox(tr("Filter &%1 Enabled").arg(i + 1), box);
   r.enabled->setChecked(start.enabled);
   r.field = new QComboBox(box);
   r.field->addItem(tr("Select Field"));
   AddFieldItems(r.field, db_.definition());
-  SelectSlot(r.field, start.field);
+  // A condition not in use shows no field, whatever its unused bytes say.
+  SelectSlot(r.field, start.enabled ? start.field : -1);
   r.field->setMinimumContentsLength(16);
   r.not_box = new QCheckBox(tr("NOT"), box);
   r.not_box->setChecked(start.not_box);
@@ -110,6 +118,7 @@ QWidget* FiltersDialog::MakeRow(int i, const FilterConditionControls& start) {
   r.close = new QPushButton(tr(")"), box);
   for (QPushButton* b : {r.open, r.close}) {
     b->setCheckable(true);
+    b->setAutoDefault(false);
     b->setFixedWidth(b->fontMetrics().horizontalAdvance("(") + 24);
   }
   r.open->setChecked(start.open_group);

@@ -39,6 +39,7 @@ ImportDialog::ImportDialog(const Database& db, const Preferences& preferences,
   path_ = new QLineEdit(QString::fromStdString(path), this);
   path_->setMinimumWidth(360);
   auto* browse = new QPushButton(tr("&Browse..."), this);
+  browse->setAutoDefault(false);
   connect(browse, &QPushButton::clicked, this, &ImportDialog::Browse);
   auto* file_row = new QHBoxLayout;
   file_row->addWidget(path_, 1);
@@ -50,7 +51,9 @@ ImportDialog::ImportDialog(const Database& db, const Preferences& preferences,
   header_->addItem(tr("The first line names the fields"), int(CsvHeader::Present));
   header_->addItem(tr("No header: columns in display order"), int(CsvHeader::Absent));
   auto* form = new QFormLayout;
-  form->addRow(tr("&File:"), file_row);
+  auto* file_label = new QLabel(tr("&File:"), this);
+  file_label->setBuddy(path_);
+  form->addRow(file_label, file_row);
   form->addRow(tr("&Separator:"), separator_);
   form->addRow(tr("&Encoding:"), encoding_);
   form->addRow(tr("First &line:"), header_);

@@ -10,6 +10,8 @@
 #include <QPushButton>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <algorithm>
+#include <memory>
 #include <set>
 
 #include "engine/text.h"
@@ -19,16 +21,17 @@ namespace qv::app {
 namespace {
 
 // The types a field can be given here; the others need settings only the full field editor has.
-constexpr FieldType kOfferedTypes[] = {kText, kInteger, kFloat, kPopUp, kCheckBox,
-                                       kUnique, kDate, kTime, kNote};
+constexpr FieldType kOfferedTypes[] = {kText,   kInteger, kFloat, kPopUp, kCheckBox,
+                                       kUnique, kDate,    kTime,  kNote};
 constexpr int kNameBytes = 19;      // a field name holds 19 characters and its terminator
 constexpr int kDatabaseBytes = 31;  // the header's name holds 31 and its terminator
 
 QComboBox* TypeBox(unsigned type, QWidget* parent) {
   auto* box = new QComboBox(parent);
   for (FieldType t : kOfferedTypes) {
-    box->addItem(QString::fromUtf8(FieldTypeName(t).data(), static_cast<qsizetype>(FieldTypeName(t).size())),
-                 static_cast<int>(t));
+    box->addItem(
+        QString::fromUtf8(FieldTypeName(t).data(), static_cast<qsizetype>(FieldTypeName(t).size())),
+        static_cast<int>(t));
     if (t == type) box->setCurrentIndex(box->count() - 1);
   }
   return box;
@@ -43,7 +46,15 @@ NewDatabaseDialog::NewDatabaseDialog(QWidget* parent) : QDialog(parent) {
   fields_ = new QTableWidget(0, 2, this);
   fields_->setHorizontalHeaderLabels({tr("Field Name"), tr("Type")});
   fields_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-  fields_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+  // The type column is as wide as its drop-downs; resizing to contents would not see them.
+  {
+    std::unique_ptr<QComboBox> probe(TypeBox(kText, nullptr));
+    int widest = probe->sizeHint().width();
+    for (int i = 0; i < probe->count(); ++i)
+      widest = std::max(widest, probe->fontMetrics().horizontalAdvance(probe->itemText(i)) + 48);
+    fields_->horizontalHeader()->setSectionResizeMode(1, QHeaderView::Fixed);
+    fields_->horizontalHeader()->resizeSection(1, widest + 8);
+  }
   fields_->verticalHeader()->setVisible(false);
   fields_->setSelectionBehavior(QAbstractItemView::SelectRows);
   auto* add = new QPushButton(tr("Add Field"), this);
@@ -83,7 +94,9 @@ void NewDatabaseDialog::AddField(const QString& name, unsigned type) {
   fields_->setCellWidget(row, 1, TypeBox(type, fields_));
 }
 
-void NewDatabaseDialog::SetDatabaseName(const QString& name) { name_->setText(name); }
+void NewDatabaseDialog::SetDatabaseName(const QString& name) {
+  name_->setText(name);
+}
 
 bool NewDatabaseDialog::Apply(Database& db, QString& problem) const {
   std::string name = Utf8ToCp1252(name_->text().trimmed().toStdString());

@@ -47,6 +47,7 @@ RecordListPanel::RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessG
   views_->setMinimumContentsLength(16);
   views_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
   views_->setToolTip(tr("Views of this database"));
+  views_->setPlaceholderText(tr("Views"));
   view_ = new RecordListView(this);
   model_ = new RecordListModel(workspace_, this);
   view_->setModel(model_);

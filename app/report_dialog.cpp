@@ -27,7 +27,8 @@ ReportDialog::ReportDialog(const std::string& text, QWidget* parent)
   courier.setFamilies({"Courier", "Courier New", courier.family()});
   courier.setStyleHint(QFont::TypeWriter);
   view->setFont(courier);
-  view->setTabStopDistance(QFontMetricsF(courier).horizontalAdvance(' ') * 8);
+  // Tab stops ten characters apart line every report's values up in one column.
+  view->setTabStopDistance(QFontMetricsF(courier).horizontalAdvance(' ') * 10);
   view->setPlainText(QString::fromStdString(text).remove('\r'));
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
   QPushButton* copy = buttons->addButton(tr("&Copy"), QDialogButtonBox::ActionRole);
@@ -35,6 +36,8 @@ ReportDialog::ReportDialog(const std::string& text, QWidget* parent)
   connect(copy, &QPushButton::clicked, this,
           [view] { QGuiApplication::clipboard()->setText(view->toPlainText()); });
   connect(save, &QPushButton::clicked, this, &ReportDialog::Save);
+  copy->setAutoDefault(false);
+  save->setAutoDefault(false);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(view);

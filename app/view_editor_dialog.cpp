@@ -72,6 +72,7 @@ ViewEditorDialog::ViewEditorDialog(Database& db, int view, const FormatOptions& 
     dialog.exec();
   });
 
+  for (QPushButton* b : {up, down, filter, sort}) b->setAutoDefault(false);
   auto* form = new QFormLayout;
   form->addRow(tr("&Name:"), name_);
   auto* fields_label = new QLabel(tr("Fi&elds shown (checked), in the order of the list:"), this);

@@ -49,6 +49,8 @@ ViewsDialog::ViewsDialog(Database& db, const FormatOptions& options, Prompter& p
       Fill(std::min(row, ViewCount(db_) - 1));
     }
   });
+  // Enter in the list edits the chosen view; it must not make a new one.
+  for (QPushButton* b : {add, copy, edit, remove}) b->setAutoDefault(false);
   auto* row_buttons = new QHBoxLayout;
   row_buttons->addWidget(add);
   row_buttons->addWidget(copy);

@@ -5,15 +5,18 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QProgressDialog>
 #include <QtTest>
 
+#include "app/about_dialog.h"
 #include "app/export_dialog.h"
 #include "app/filters_dialog.h"
 #include "app/find_dialog.h"
 #include "app/import_dialog.h"
+#include "app/new_database_dialog.h"
 #include "app/preferences_dialog.h"
 #include "app/report_dialog.h"
 #include "app/set_values_dialog.h"
@@ -133,6 +136,19 @@ class ScreenshotTest : public QObject {
     csv.close();
     app::ImportDialog dialog(*db, Preferences{}, csv.fileName().toStdString());
     Shoot(dialog, "import");
+  }
+
+  void aboutAndNewDatabase() {
+    app::AboutDialog about;
+    Shoot(about, "about");
+    // Every line of the About text is shown whole.
+    auto* text = about.findChildren<QLabel*>().last();
+    QVERIFY(text->height() >= text->heightForWidth(text->width()));
+    app::NewDatabaseDialog fresh;
+    fresh.AddField("Item", kText);
+    fresh.AddField("Bought", kDate);
+    fresh.AddField("Counted", kCheckBox);
+    Shoot(fresh, "new_database");
   }
 
   void preferences() {
