@@ -45,30 +45,30 @@ QAction* MainWindow::AddCommand(QMenu* menu, const QString& text, int command, b
 void MainWindow::BuildMenus() {
   using namespace command;
   QMenu* file = menuBar()->addMenu(tr("&File"));
-  AddCommand(file, tr("New"), kNew, true, QKeySequence::New);
-  AddCommand(file, tr("Open..."), kOpen, true, QKeySequence::Open);
-  reopen_ = file->addMenu(tr("Reopen"));
+  AddCommand(file, tr("&New"), kNew, true, QKeySequence::New);
+  AddCommand(file, tr("&Open..."), kOpen, true, QKeySequence::Open);
+  reopen_ = file->addMenu(tr("&Reopen"));
   for (int k = 0; k < kRecentFiles; ++k) AddCommand(reopen_, QString(), kReopenFirst + k);
   reopen_->addSeparator();
   AddCommand(reopen_, tr("More Files..."), kMoreFiles);
   connect(reopen_, &QMenu::aboutToShow, this, &MainWindow::FillReopenMenu);
   FillReopenMenu();
-  AddCommand(file, tr("Save"), kSave, true, QKeySequence::Save);
-  AddCommand(file, tr("Save As..."), kSaveAs, true, QKeySequence::SaveAs);
-  AddCommand(file, tr("Close"), kClose, true, QKeySequence::Close);
+  AddCommand(file, tr("&Save"), kSave, true, QKeySequence::Save);
+  AddCommand(file, tr("Save &As..."), kSaveAs, true, QKeySequence::SaveAs);
+  AddCommand(file, tr("&Close"), kClose, true, QKeySequence::Close);
   file->addSeparator();
-  AddCommand(file, tr("Import CSV..."), kImportCsv, true, QKeySequence(tr("Ctrl+I")));
+  AddCommand(file, tr("&Import CSV..."), kImportCsv, true, QKeySequence(tr("Ctrl+I")));
   file->addSeparator();
-  AddCommand(file, tr("Preferences..."), kPreferences);
+  AddCommand(file, tr("&Preferences..."), kPreferences);
   // Commands whose features arrive later are listed and disabled.
   AddCommand(file, tr("DB Properties..."), kDbProperties, false);
   file->addSeparator();
-  AddCommand(file, tr("Exit"), kExit, true, QKeySequence::Quit);
+  AddCommand(file, tr("E&xit"), kExit, true, QKeySequence::Quit);
 
   QMenu* actions = menuBar()->addMenu(tr("&Actions"));
   AddCommand(actions, tr("&Find..."), kFind, true, QKeySequence::Find);
   AddCommand(actions, tr("Find &Again"), kFindAgain, true, QKeySequence(Qt::Key_F3));
-  AddCommand(actions, tr("&Sort..."), kSort, true, QKeySequence(tr("Ctrl+Shift+S", "Sort")));
+  AddCommand(actions, tr("&Sort..."), kSort, true, QKeySequence(tr("Ctrl+T", "Sort")));
   AddCommand(actions, tr("F&ilter..."), kFilter, true, QKeySequence(tr("Ctrl+L", "Filter")));
   actions->addSeparator();
   AddCommand(actions, tr("&Delete Records..."), kDeleteRecords);
@@ -84,17 +84,18 @@ void MainWindow::BuildMenus() {
   AddCommand(actions, tr("Receive Via Infrared..."), kReceive, false);
 
   QMenu* help = menuBar()->addMenu(tr("&Help"));
-  QAction* contents = help->addAction(tr("Quorvant Help"));
+  QAction* contents = help->addAction(tr("Quorvant &Help"));
   contents->setShortcut(QKeySequence::HelpContents);
   connect(contents, &QAction::triggered, this, [this] {
     if (OpenHelpPage(context_.paths)) return;
     QString path = QString::fromStdString(HelpPagePath(context_.paths));
-    QMessageBox::information(this, tr("Quorvant Help"),
-                             tr("No web browser could be started.\n\nThe user guide is the file\n%1\n"
-                                "Open it in any web browser.")
-                                 .arg(path));
+    QMessageBox::information(
+        this, tr("Quorvant Help"),
+        tr("No web browser could be started.\n\nThe user guide is the file\n%1\n"
+           "Open it in any web browser.")
+            .arg(path));
   });
-  AddCommand(help, tr("About"), kAbout);
+  AddCommand(help, tr("&About"), kAbout);
 
   QToolBar* tools = addToolBar(tr("Commands"));
   tools->setObjectName("commands");

@@ -220,6 +220,7 @@ bool RecordListPanel::EditInList(Database& db, std::uint32_t number, int slot, c
 }
 
 void RecordListPanel::ShowColumnMenu(int column) {
+  ShowSortIndicator();  // the header turned it on the click; the sort has not changed
   int slot = model_->SlotOfColumn(column);
   if (slot < 0) return;
   const unsigned type = workspace_.current().definition().field_type(slot);
@@ -240,7 +241,6 @@ void RecordListPanel::ShowColumnMenu(int column) {
   int x = view_->horizontalHeader()->sectionViewportPosition(column);
   QPoint at = view_->viewport()->mapToGlobal(QPoint(std::max(x, 0), 0));
   QAction* chosen = menu.exec(at);
-  ShowSortIndicator();  // a header click may have turned it
   if (chosen) RunColumnCommand(column, chosen->data().toInt());
 }
 

@@ -1,5 +1,6 @@
 #include "app/window_title.h"
 
+#include "app/status_text.h"
 #include "engine/text.h"
 
 namespace qv::app {
@@ -17,8 +18,8 @@ std::string RecordCountText(const Workspace& workspace) {
   if (!workspace.has_open_database()) return "No database open";
   const Database& db = workspace.current();
   unsigned shown = static_cast<unsigned>(db.visible.size());
-  if (shown == db.count()) return StringPrintf("%u record%s", shown, shown == 1 ? "" : "s");
-  return StringPrintf("%u of %u records", shown, db.count());
+  if (shown == db.count()) return GroupedNumber(shown) + (shown == 1 ? " record" : " records");
+  return GroupedNumber(shown) + " of " + GroupedNumber(db.count()) + " records";
 }
 
 }  // namespace qv::app

@@ -10,11 +10,14 @@
 #include <QListWidget>
 #include <QPlainTextEdit>
 #include <QProcess>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSpinBox>
 #include <QStatusBar>
 #include <QtTest>
+#include <atomic>
+#include <thread>
 
 #include "app/commands.h"
 #include "app/filters_dialog.h"
@@ -371,6 +374,52 @@ class DataDialogsTest : public QObject {
     QVERIFY(db.changed);
     QCOMPARE(ListStatusText(h->application.workspace()),
              std::string("2 of 4 records pass the filter"));
+  }
+
+  void menuShortcutsAreUniqueAndTheDataCommandsHaveThem() {
+    auto h = StartedOn(test::SampleDatabase());
+    MainWindow& w = h->application.window();
+    QSet<QString> seen;
+    for (QAction* a : w.findChildren<QAction*>()) {
+      if (a->shortcut().isEmpty()) continue;
+      QString keys = a->shortcut().toString();
+      QVERIFY2(!seen.contains(keys), qPrintable(keys));
+      seen.insert(keys);
+    }
+    for (int c : {command::kFind, command::kFindAgain, command::kSort, command::kFilter,
+                  command::kExportRecords, command::kImportCsv}) {
+      QVERIFY(!w.action(c)->shortcut().isEmpty());
+      QVERIFY(w.action(c)->isEnabled());
+    }
+    QCOMPARE(w.action(command::kFindAgain)->shortcut(), QKeySequence(Qt::Key_F3));
+  }
+
+  void longWorkReplaysItsMessagesAndCanBeCancelled() {
+    test::ScriptedPrompter shown;
+    LongTasks tasks;
+    QVERIFY(tasks.Run(
+        nullptr, "Quick", [](Prompter& p) { p.message("Done", "Update", Icon::Information); },
+        shown));
+    QCOMPARE(shown.Messages(), std::vector<std::string>{"Done"});
+    // Work that outlasts the half second shows the dialog; Cancel returns at once.
+    auto release = std::make_shared<std::atomic<bool>>(false);
+    QTimer::singleShot(700, [] {
+      for (QWidget* w : QApplication::topLevelWidgets())
+        if (auto* progress = qobject_cast<QProgressDialog*>(w); progress && progress->isVisible())
+          progress->cancel();
+    });
+    bool finished = tasks.Run(
+        nullptr, "Slow",
+        [release](Prompter& p) {
+          p.progress("Reading and Writing Record 1...");
+          for (int i = 0; i < 500 && !*release; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+          p.message("Late", "Update", Icon::Information);
+        },
+        shown);
+    QVERIFY(!finished);
+    *release = true;
+    QCOMPARE(shown.Messages().size(), std::size_t{1});  // a cancelled task says nothing
   }
 
   void hiddenFieldStaysHiddenWhenItsViewIsAppliedAgain() {
