@@ -129,7 +129,14 @@ QAction* MainWindow::action(int command) const {
 
 void MainWindow::UpdateTitle() {
   const bool open = context_.workspace.has_open_database();
-  setWindowTitle(QString::fromStdString(WindowTitle(context_.workspace)));
+  // Whether the name is shared is read from the recent files once per opened file.
+  const std::string path = open ? context_.workspace.current().path : std::string();
+  if (path != titled_path_) {
+    titled_path_ = path;
+    name_shared_ = open && NameSharedWithRecentFile(context_.workspace);
+  }
+  setWindowTitle(QString::fromStdString(name_shared_ ? TitleNamingFile(context_.workspace)
+                                                     : WindowTitle(context_.workspace)));
   for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
                 command::kRunReport, command::kFind, command::kFindAgain, command::kSort,
                 command::kFilter, command::kExportRecords, command::kImportCsv})

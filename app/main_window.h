@@ -4,6 +4,7 @@
 
 #include <QMainWindow>
 #include <map>
+#include <string>
 
 #include "app/app_context.h"
 #include "app/file_flows.h"
@@ -46,6 +47,8 @@ class MainWindow : public QMainWindow {
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
   bool exiting_ = false;
+  std::string titled_path_;  // the file the title was last made for
+  bool name_shared_ = false;
 };
 
 }  // namespace qv::app

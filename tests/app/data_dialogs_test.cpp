@@ -394,6 +394,18 @@ class DataDialogsTest : public QObject {
     QCOMPARE(w.action(command::kFindAgain)->shortcut(), QKeySequence(Qt::Key_F3));
   }
 
+  void titleNamesTheFileWhenARecentDatabaseSharesTheName() {
+    auto h = std::make_unique<test::AppHarness>();
+    std::string other = h->WriteDatabase(test::SampleDatabase("Fruit"), "Fruit old.PDB");
+    h->settings.values["LastFile0"] = other;
+    h->settings.values["LastFileUsed"] =
+        h->WriteDatabase(test::SampleDatabase("Fruit"), "Fruit.PDB");
+    h->application.Start({});
+    QCOMPARE(h->application.window().windowTitle(), QString("Fruit (4/4) - Fruit.PDB"));
+    auto single = StartedOn(test::SampleDatabase("Fruit"));
+    QCOMPARE(single->application.window().windowTitle(), QString("Fruit (4/4)"));
+  }
+
   void longWorkReplaysItsMessagesAndCanBeCancelled() {
     test::ScriptedPrompter shown;
     LongTasks tasks;
