@@ -14,6 +14,7 @@
 #include "processing/record_text.h"
 #include "processing/set_values.h"
 #include "processing/sort.h"
+#include "processing/views.h"
 
 namespace qv::app {
 
@@ -147,6 +148,15 @@ bool DataFlows::SortOnColumn(int slot, bool forward) {
     return true;
   });
   return true;
+}
+
+bool DataFlows::ApplyView(int view) {
+  if (!workspace_.has_open_database()) return false;
+  return RunOnCopy("Applying View...", [view](Database& db, Prompter& p) {
+           if (!qv::ApplyView(db, view, p)) return false;
+           db.changed = true;
+           return true;
+         }) == Outcome::Kept;
 }
 
 void DataFlows::Export() {

@@ -30,6 +30,8 @@ class DataFlows {
   bool Filter();
   // The column menu's "Sort Forward" / "Sort Reverse".
   bool SortOnColumn(int slot, bool forward);
+  // A view chosen in the drop-down: applied (sorted, filtered) with the progress dialog.
+  bool ApplyView(int view);
   // "Export Records...".
   void Export();
   // "Import CSV...": true when records were added.

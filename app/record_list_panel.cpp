@@ -294,8 +294,8 @@ void RecordListPanel::ViewChosen(int index) {
   Database& db = workspace_.current();
   if (index == views_->count() - 1) {
     dialogs_.EditViews(db, workspace_.prompter);  // "Edit Views.."
-  } else if (ApplyView(db, index, workspace_.prompter)) {
-    db.changed = true;
+  } else {
+    data_.ApplyView(index);
   }
   Refresh();
 }
