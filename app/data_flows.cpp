@@ -133,9 +133,7 @@ bool DataFlows::Filter() {
   Database& db = workspace_.current();
   std::optional<std::uint32_t> uid;
   if (db.current < db.count()) uid = db.records[db.current].uid;
-  workspace_.prompter.busy(true);
   bool stored = dialogs_.EditFilter(db, -1, workspace_.options, workspace_.prompter);
-  workspace_.prompter.busy(false);
   if (stored) KeepCurrent(db, uid);
   return stored;
 }

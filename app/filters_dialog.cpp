@@ -4,6 +4,7 @@
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDate>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -17,7 +18,10 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include "app/date_chooser.h"
 #include "app/field_choices.h"
+#include "app/time_chooser.h"
+#include "engine/format.h"
 #include "engine/text.h"
 
 namespace qv::app {
@@ -143,12 +147,22 @@ QWidget* FiltersDialog::MakeRow(int i, const FilterConditionControls& start) {
   r.upper = new QLineEdit(Utf8(start.upper), range_page);
   r.hint = new QLabel(range_page);
   r.hint->setEnabled(false);
+  r.pick_lower = new QPushButton(tr("..."), range_page);
+  r.pick_upper = new QPushButton(tr("..."), range_page);
+  for (QPushButton* b : {r.pick_lower, r.pick_upper}) {
+    b->setAutoDefault(false);
+    b->setFixedWidth(b->fontMetrics().horizontalAdvance("...") + 20);
+  }
+  connect(r.pick_lower, &QPushButton::clicked, this, [this, i] { Pick(i, rows_[i].lower); });
+  connect(r.pick_upper, &QPushButton::clicked, this, [this, i] { Pick(i, rows_[i].upper); });
   auto* range = new QHBoxLayout(range_page);
   range->setContentsMargins(0, 0, 0, 0);
   range->addWidget(new QLabel(tr("Lower Limit"), range_page));
   range->addWidget(r.lower, 1);
+  range->addWidget(r.pick_lower);
   range->addWidget(new QLabel(tr("Upper Limit"), range_page));
   range->addWidget(r.upper, 1);
+  range->addWidget(r.pick_upper);
   range->addWidget(r.hint);
   r.values->addWidget(range_page);
   r.checked = new QCheckBox(tr("Checked"), box);
@@ -219,6 +233,10 @@ void FiltersDialog::FieldChosen(int i, bool defaults) {
                              : QString();
     r.hint->setText(example);
     r.hint->setVisible(!example.isEmpty());
+    r.pick_lower->setVisible(date || time);
+    r.pick_upper->setVisible(date || time);
+    r.pick_lower->setToolTip(date ? tr("Choose the date") : tr("Choose the time"));
+    r.pick_upper->setToolTip(r.pick_lower->toolTip());
     r.lower->setPlaceholderText(date ? tr("first date") : time ? tr("earliest") : QString());
     r.upper->setPlaceholderText(date || time ? tr("no limit") : QString());
   }
@@ -229,6 +247,33 @@ void FiltersDialog::FieldChosen(int i, bool defaults) {
       if (!item.empty()) r.popup->addItem(Utf8(item));
   }
   if (defaults && page == kContains) r.contains->clear();
+}
+
+void FiltersDialog::Pick(int i, QLineEdit* box) {
+  const unsigned type = db_.definition().field_type(ChosenSlot(rows_[i].field));
+  const std::string typed = Stored(box->text());
+  if (type == kDate) {
+    Dmy start = ParseDate(typed, options_.locale).value_or(Dmy{});
+    if (start.year <= 1904) {
+      QDate today = QDate::currentDate();
+      start = Dmy{today.day(), today.month(), today.year()};
+    }
+    DateChooser chooser(start, this);
+    if (chooser.exec() != QDialog::Accepted) return;
+    Dmy d = chooser.date();
+    box->setText(DmyToDateNumber(d) == 0
+                     ? QString()
+                     : Utf8(FormatDate(d.day, d.month, d.year, options_.locale)));
+  } else if (type == kTime) {
+    int hours = 0, minutes = 0;
+    TimeOfDay start{0, 0, 0};
+    if (ParseTime(typed, options_.time_code, hours, minutes) == 0) start = {hours, minutes, 0};
+    TimeChooser chooser(start, this);
+    if (chooser.exec() != QDialog::Accepted) return;
+    TimeOfDay t = chooser.time();
+    box->setText(t.hours == 255 ? QString()
+                                : Utf8(FormatTime(t.hours, t.minutes, t.seconds, options_.locale)));
+  }
 }
 
 void FiltersDialog::EnableRow(int i) {
@@ -263,7 +308,11 @@ FilterDialogControls FiltersDialog::controls() const {
 
 void FiltersDialog::accept() {
   std::string problem;
-  if (!StoreFilterDialog(db_, controls(), options_, problem, view_)) {
+  // Rebuilding the list of a large database takes a moment.
+  prompter_.busy(true);
+  const bool stored = StoreFilterDialog(db_, controls(), options_, problem, view_);
+  prompter_.busy(false);
+  if (!stored) {
     prompter_.message(problem, "Error", Icon::Exclamation);
     return;
   }

@@ -33,6 +33,8 @@ class FiltersDialog : public QDialog {
     QLineEdit* lower = nullptr;
     QLineEdit* upper = nullptr;
     QLabel* hint = nullptr;
+    QPushButton* pick_lower = nullptr;  // the calendar or clock beside a date or time limit
+    QPushButton* pick_upper = nullptr;
     QCheckBox* checked = nullptr;
     QComboBox* popup = nullptr;
     QCheckBox* not_box = nullptr;
@@ -59,6 +61,8 @@ class FiltersDialog : public QDialog {
   // Shows the value controls the row's field needs; with `defaults` fills the limit boxes.
   void FieldChosen(int i, bool defaults);
   void EnableRow(int i);
+  // Opens the date or time chooser for a limit box of row i.
+  void Pick(int i, QLineEdit* box);
 
   Database& db_;
   int view_;
