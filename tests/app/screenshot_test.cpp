@@ -98,6 +98,12 @@ class ScreenshotTest : public QObject {
     filters.row(1).enabled->setChecked(true);
     filters.row(1).field->setCurrentIndex(3);
     emit filters.row(1).field->activated(3);
+    for (int row : {2, 3}) {
+      filters.row(row).enabled->setChecked(true);
+      filters.row(row).field->setCurrentIndex(row + 3);  // Bought, Counted
+      emit filters.row(row).field->activated(row + 3);
+    }
+    filters.row(2).lower->setText("1/1/2024");
     filters.resize(filters.width(), 700);
     Shoot(filters, "filters");
     EnsureDefaultView(*db);
