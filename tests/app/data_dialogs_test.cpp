@@ -376,6 +376,37 @@ class DataDialogsTest : public QObject {
              std::string("2 of 4 records pass the filter"));
   }
 
+  void sortAndFilterCommandsKeepTheCurrentRecordAndSayWhatIsShown() {
+    auto h = StartedOn(test::SampleDatabase());
+    MainWindow& w = h->application.window();
+    Database& db = h->application.workspace().current();
+    db.current = 2;  // cherry
+    h->dialogs.edit_sort = [](Database& d, int view) {
+      d.definition().set_sort_key(0, SortKey{1, false});  // Qty, reverse
+      return view == -1;
+    };
+    w.RunCommand(command::kSort);
+    QCOMPARE(h->dialogs.long_titles, std::vector<std::string>{"Sorting..."});
+    QCOMPARE(Cell(db, 0, 0), std::string("apricot"));
+    QCOMPARE(Cell(db, db.current, 0), std::string("cherry"));
+    QCOMPARE(w.panel()->view()->currentIndex().row(), static_cast<int>(db.current));
+    h->dialogs.edit_filter = [](Database& d, int) {
+      Condition c;
+      c.in_use = 1;
+      c.field = 1;
+      c.lower = 4;
+      c.upper = 8;
+      d.definition().set_condition(0, c);
+      RebuildFilteredList(d);
+      return true;
+    };
+    w.RunCommand(command::kFilter);
+    QCOMPARE(w.panel()->model()->rowCount(), 2);  // cherry 7, banana 5
+    QCOMPARE(Cell(db, db.current, 0), std::string("cherry"));
+    QCOMPARE(w.statusBar()->currentMessage(),
+             QString("2 of 4 records pass the filter  |  Sorted by Qty (reverse)"));
+  }
+
   void menuShortcutsAreUniqueAndTheDataCommandsHaveThem() {
     auto h = StartedOn(test::SampleDatabase());
     MainWindow& w = h->application.window();
