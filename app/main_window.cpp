@@ -168,7 +168,7 @@ void MainWindow::RunCommand(int command) {
         if (command == kSave ? flows_.Save() : flows_.SaveAs()) UpdateTitle();
         return;
       case kClose:
-        refresh = flows_.Close();
+        refresh = flows_.Close([this] { Refresh(); });
         break;
       case kPreferences: {
         Preferences p = context_.workspace.preferences;

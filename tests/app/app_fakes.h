@@ -47,6 +47,7 @@ class ScriptedDialogs : public app::Dialogs {
   }
   app::StartChoice ChooseStart(const std::vector<app::RecentEntry>& entries) override {
     chooser_entries.push_back(entries);
+    if (on_choose_start) on_choose_start();
     return start_choice;
   }
   bool DefineNewDatabase(Database& db) override {
@@ -129,6 +130,7 @@ class ScriptedDialogs : public app::Dialogs {
   std::optional<app::ImportRequest> import_request;
   std::optional<Bytes> set_value;
   bool cancel_long_work = false;
+  std::function<void()> on_choose_start;
 
   int open_asked = 0;
   int find_asked = 0;

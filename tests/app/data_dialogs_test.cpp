@@ -407,6 +407,16 @@ class DataDialogsTest : public QObject {
              QString("2 of 4 records pass the filter  |  Sorted by Qty (reverse)"));
   }
 
+  void closeEmptiesTheListBeforeTheChooserShows() {
+    auto h = StartedOn(test::SampleDatabase());
+    MainWindow& w = h->application.window();
+    int rows_behind = -1;
+    h->dialogs.on_choose_start = [&] { rows_behind = w.panel()->model()->rowCount(); };
+    w.RunCommand(command::kClose);
+    QCOMPARE(rows_behind, 0);
+    QCOMPARE(w.windowTitle(), QString("Quorvant"));
+  }
+
   void menuShortcutsAreUniqueAndTheDataCommandsHaveThem() {
     auto h = StartedOn(test::SampleDatabase());
     MainWindow& w = h->application.window();
