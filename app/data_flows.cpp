@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/set_values_dialog.h"
+#include "app/status_text.h"
 #include "engine/text.h"
 #include "processing/csv_export.h"
 #include "processing/csv_import.h"
@@ -35,9 +36,12 @@ void KeepCurrent(Database& db, std::optional<std::uint32_t> uid) {
 }
 
 std::string ImportReport(const ImportResult& result) {
-  std::string text = StringPrintf("Imported %u records.", result.imported);
+  std::string text = "Imported " + GroupedNumber(result.imported) +
+                     (result.imported == 1 ? " record." : " records.");
   if (result.problems.empty()) return text;
-  text += StringPrintf("\n\n%zu rows were refused:", result.problems.size());
+  text += result.problems.size() == 1
+              ? std::string("\n\n1 row was refused:")
+              : "\n\n" + GroupedNumber(result.problems.size()) + " rows were refused:";
   for (std::size_t i = 0; i < result.problems.size() && i < kListedProblems; ++i)
     text += StringPrintf("\nline %zu: %s", result.problems[i].line,
                          Cp1252ToUtf8(result.problems[i].reason).c_str());

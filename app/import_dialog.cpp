@@ -64,11 +64,13 @@ ImportDialog::ImportDialog(const Database& db, const Preferences& preferences,
   preview_->verticalHeader()->setVisible(true);
   preview_->setWordWrap(false);
   preview_->setMinimumHeight(200);
+  preview_->verticalHeader()->setDefaultSectionSize(preview_->fontMetrics().height() + 8);
   mapping_ = new QLabel(this);
   mapping_->setWordWrap(true);
 
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-  buttons->button(QDialogButtonBox::Ok)->setText(tr("&Import"));
+  import_ = buttons->button(QDialogButtonBox::Ok);
+  import_->setText(tr("&Import"));
   connect(buttons, &QDialogButtonBox::accepted, this, &ImportDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   auto* layout = new QVBoxLayout(this);
@@ -102,6 +104,7 @@ void ImportDialog::UpdatePreview() {
   preview_->setRowCount(0);
   preview_->setColumnCount(0);
   mapped_ = false;
+  if (import_) import_->setEnabled(false);
   const QString path = path_->text().trimmed();
   if (path.isEmpty()) {
     mapping_->setText(tr("Choose the file to import."));
@@ -128,6 +131,7 @@ void ImportDialog::UpdatePreview() {
     return;
   }
   mapped_ = true;
+  if (import_) import_->setEnabled(true);
   const int columns = static_cast<int>(map.fields.size());
   preview_->setColumnCount(columns);
   QStringList headers;

@@ -12,6 +12,7 @@
 class QComboBox;
 class QLabel;
 class QLineEdit;
+class QPushButton;
 class QTableWidget;
 
 namespace qv::app {
@@ -52,6 +53,7 @@ class ImportDialog : public QDialog {
   QComboBox* header_;
   QTableWidget* preview_;
   QLabel* mapping_;
+  QPushButton* import_ = nullptr;
   bool mapped_ = false;
 };
 

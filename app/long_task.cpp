@@ -85,7 +85,7 @@ bool LongTasks::Run(QWidget* parent, const QString& title, LongWork work, Prompt
     lock.unlock();
     if (finished) break;
     if (clock.elapsed() >= kShowAfterMs && !dialog.isVisible()) dialog.show();
-    if (!text.isEmpty()) dialog.setLabelText(title + "\n" + text);
+    if (!text.isEmpty() && text != title) dialog.setLabelText(title + "\n" + text);
     // Until the modal dialog is up, typing and clicks wait: they must not reach the window.
     QApplication::processEvents(dialog.isVisible() ? QEventLoop::AllEvents
                                                    : QEventLoop::ExcludeUserInputEvents);
