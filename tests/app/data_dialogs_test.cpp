@@ -8,6 +8,7 @@
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QPlainTextEdit>
 #include <QProcess>
 #include <QProgressDialog>
@@ -415,6 +416,32 @@ class DataDialogsTest : public QObject {
     w.RunCommand(command::kClose);
     QCOMPARE(rows_behind, 0);
     QCOMPARE(w.windowTitle(), QString("Quorvant"));
+  }
+
+  void columnMenuOpensFromTheKeyboardAndOnARightClick() {
+    auto h = StartedOn(test::SampleDatabase());
+    RecordListPanel* panel = h->application.window().panel();
+    panel->view()->setFocus();
+    panel->view()->setCurrentIndex(panel->model()->index(0, 1));
+    QStringList shown;
+    auto close_menu = [&shown] {
+      QTimer::singleShot(50, [&shown] {
+        if (auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget())) {
+          for (QAction* a : menu->actions())
+            if (a->isEnabled()) shown << a->text().remove('&');
+          menu->close();
+        }
+      });
+    };
+    close_menu();
+    QTest::keyClick(panel->view(), Qt::Key_F10, Qt::ShiftModifier);
+    QCOMPARE(shown, (QStringList{"Sort Forward", "Sort Reverse", "Run Report", "Set Values To..",
+                                 "Hide Field"}));
+    shown.clear();
+    close_menu();
+    QHeaderView* header = panel->view()->horizontalHeader();
+    emit header->customContextMenuRequested(QPoint(header->sectionViewportPosition(0) + 4, 4));
+    QCOMPARE(shown.size(), 5);  // the Text field: Run Report refused later, with its message
   }
 
   void menuShortcutsAreUniqueAndTheDataCommandsHaveThem() {
