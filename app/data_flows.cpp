@@ -110,7 +110,7 @@ std::optional<FindMatch> DataFlows::FindAgain() {
   auto wrapped = FindRecord(db, settings, 0, 0, false, workspace_.options, workspace_.prompter);
   if (!wrapped || wrapped->position > from.position ||
       (wrapped->position == from.position && wrapped->slot > from.slot)) {
-    workspace_.prompter.message("Not Found in Database!", "Find", Icon::Information);
+    workspace_.prompter.message("Not Found in Database!", "Update", Icon::Information);
     return std::nullopt;
   }
   workspace_.current().current = static_cast<std::uint32_t>(wrapped->position);

@@ -267,6 +267,8 @@ class DataDialogsTest : public QObject {
     QCOMPARE(db.current, 3u);
     w.RunCommand(command::kFindAgain);
     QCOMPARE(h->prompter.Messages().size(), std::size_t{2});
+    QCOMPARE(h->prompter.calls().back().caption,
+             std::string("Update"));  // as the first search says it
   }
 
   void reportWindowShowsTheReportOfTheProcessingLayer() {
