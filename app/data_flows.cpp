@@ -62,7 +62,11 @@ DataFlows::Outcome DataFlows::RunOnCopy(const std::string& title,
   bool finished = dialogs_.RunLong(
       title, [copy, keep, work](Prompter& p) { *keep = work(*copy, p); }, workspace_.prompter);
   if (!finished) return Outcome::Cancelled;
-  if (!*keep) return Outcome::Dropped;
+  // Another database may have been opened meanwhile (a hand-off from a second launch); the
+  // result belongs to the one the work started on.
+  const bool same = workspace_.has_open_database() && &workspace_.current() == &db &&
+                    workspace_.current().path == copy->path;
+  if (!*keep || !same) return Outcome::Dropped;
   db = std::move(*copy);
   KeepCurrent(db, uid);
   return Outcome::Kept;
