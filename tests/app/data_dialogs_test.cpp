@@ -446,6 +446,19 @@ class DataDialogsTest : public QObject {
     QCOMPARE(shown.size(), 5);  // the Text field: Run Report refused later, with its message
   }
 
+  void movingWithTheKeyboardChangesTheCurrentRecord() {
+    auto h = StartedOn(test::SampleDatabase());
+    RecordListPanel* panel = h->application.window().panel();
+    Database& db = h->application.workspace().current();
+    panel->view()->setFocus();
+    QCOMPARE(db.current, 0u);
+    QTest::keyClick(panel->view(), Qt::Key_Down);
+    QTest::keyClick(panel->view(), Qt::Key_Down);
+    QCOMPARE(db.current, 2u);
+    QTest::keyClick(panel->view(), Qt::Key_End, Qt::ControlModifier);
+    QCOMPARE(db.current, 3u);
+  }
+
   void menuShortcutsAreUniqueAndTheDataCommandsHaveThem() {
     auto h = StartedOn(test::SampleDatabase());
     MainWindow& w = h->application.window();
