@@ -3,6 +3,8 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 
+#include "app/list_font.h"
+
 namespace qv::app {
 
 RecordListView::RecordListView(QWidget* parent) : QTableView(parent) {
@@ -14,10 +16,7 @@ RecordListView::RecordListView(QWidget* parent) : QTableView(parent) {
   setWordWrap(false);
   setTextElideMode(Qt::ElideRight);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
-  // The list is drawn in bold, as the handheld list was.
-  QFont bold = font();
-  bold.setBold(true);
-  setFont(bold);
+  setFont(BoldListFont(font()));
   QHeaderView* rows = verticalHeader();
   rows->setVisible(false);
   rows->setSectionResizeMode(QHeaderView::Fixed);

@@ -23,6 +23,7 @@
 #include "app/commands.h"
 #include "app/filters_dialog.h"
 #include "app/find_dialog.h"
+#include "app/list_font.h"
 #include "app/report_dialog.h"
 #include "app/set_values_dialog.h"
 #include "app/sort_dialog.h"
@@ -444,6 +445,15 @@ class DataDialogsTest : public QObject {
     QHeaderView* header = panel->view()->horizontalHeader();
     emit header->customContextMenuRequested(QPoint(header->sectionViewportPosition(0) + 4, 4));
     QCOMPARE(shown.size(), 5);  // the Text field: Run Report refused later, with its message
+  }
+
+  void listFontIsBoldAndNeverSmallerThanTheDesktops() {
+    QFont small("Sans", 7);
+    QFont large("Sans", 14);
+    QCOMPARE(BoldListFont(small).pointSizeF(), 9.0);
+    QCOMPARE(BoldListFont(large).pointSizeF(), 14.0);
+    QVERIFY(BoldListFont(small).bold());
+    QCOMPARE(BoldListFont(small).families().first(), QString("Arial"));
   }
 
   void movingWithTheKeyboardChangesTheCurrentRecord() {
