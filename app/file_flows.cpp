@@ -144,14 +144,12 @@ bool FileFlows::OpenDatabaseFile(const std::string& path) {
 
 bool FileFlows::New() {
   Workspace& ws = s_.workspace;
-  if (CloseCurrent(true, false) == kCloseCancelled) return false;
   auto fresh = NewDatabase("Untitled", ws.clock);
   fresh->path = kUntitledPath;
+  // Defined first, so Cancel leaves the open database open.
+  if (!s_.dialogs.DefineNewDatabase(*fresh)) return false;
+  if (CloseCurrent(true, false) == kCloseCancelled) return false;
   ws.ReplaceCurrent(std::move(fresh));
-  if (!s_.dialogs.DefineNewDatabase(db())) {
-    ws.ReplaceCurrent(std::make_unique<Database>());
-    return true;
-  }
   db().changed = true;
   RebuildList(db());
   return true;
@@ -222,9 +220,10 @@ bool FileFlows::SaveAs() {
   return true;
 }
 
-bool FileFlows::Close() {
+bool FileFlows::Close(const std::function<void()>& closed) {
   if (CloseCurrent(true, false) == kCloseCancelled) return false;
   s_.workspace.ReplaceCurrent(std::make_unique<Database>());
+  if (closed) closed();
   RunStartChooser();
   return true;
 }

@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
@@ -11,6 +12,7 @@
 #include "app/commands.h"
 #include "app/help_page.h"
 #include "app/recent_files.h"
+#include "app/status_text.h"
 #include "app/window_title.h"
 
 namespace qv::app {
@@ -49,38 +51,40 @@ QAction* MainWindow::AddCommand(QMenu* menu, const QString& text, int command, b
 void MainWindow::BuildMenus() {
   using namespace command;
   QMenu* file = menuBar()->addMenu(tr("&File"));
-  AddCommand(file, tr("New"), kNew, true, QKeySequence::New);
-  AddCommand(file, tr("Open..."), kOpen, true, QKeySequence::Open);
-  reopen_ = file->addMenu(tr("Reopen"));
+  AddCommand(file, tr("&New"), kNew, true, QKeySequence::New);
+  AddCommand(file, tr("&Open..."), kOpen, true, QKeySequence::Open);
+  reopen_ = file->addMenu(tr("&Reopen"));
   for (int k = 0; k < kRecentFiles; ++k) AddCommand(reopen_, QString(), kReopenFirst + k);
   reopen_->addSeparator();
   AddCommand(reopen_, tr("More Files..."), kMoreFiles);
   connect(reopen_, &QMenu::aboutToShow, this, &MainWindow::FillReopenMenu);
   FillReopenMenu();
-  AddCommand(file, tr("Save"), kSave, true, QKeySequence::Save);
-  AddCommand(file, tr("Save As..."), kSaveAs, true, QKeySequence::SaveAs);
-  AddCommand(file, tr("Close"), kClose, true, QKeySequence::Close);
+  AddCommand(file, tr("&Save"), kSave, true, QKeySequence::Save);
+  AddCommand(file, tr("Save &As..."), kSaveAs, true, QKeySequence::SaveAs);
+  AddCommand(file, tr("&Close"), kClose, true, QKeySequence::Close);
   file->addSeparator();
-  AddCommand(file, tr("Preferences..."), kPreferences);
+  AddCommand(file, tr("&Import CSV..."), kImportCsv, true, QKeySequence(tr("Ctrl+I")));
+  file->addSeparator();
+  AddCommand(file, tr("&Preferences..."), kPreferences);
   AddCommand(file, tr("DB Properties..."), kDbProperties);
   file->addSeparator();
-  AddCommand(file, tr("Exit"), kExit, true, QKeySequence::Quit);
+  AddCommand(file, tr("E&xit"), kExit, true, QKeySequence::Quit);
 
   BuildEditMenu();
   QMenu* actions = menuBar()->addMenu(tr("&Actions"));
   AddCommand(actions, tr("New Record"), kNewRecord, true, QKeySequence(Qt::Key_Insert));
   actions->addSeparator();
-  AddCommand(actions, tr("Find..."), kFind, false, QKeySequence::Find);
-  AddCommand(actions, tr("Find Again"), kFindAgain, false, QKeySequence::FindNext);
-  AddCommand(actions, tr("Sort..."), kSort, false);
-  AddCommand(actions, tr("Filter..."), kFilter, false);
+  AddCommand(actions, tr("&Find..."), kFind, true, QKeySequence::Find);
+  AddCommand(actions, tr("Find &Again"), kFindAgain, true, QKeySequence(Qt::Key_F3));
+  AddCommand(actions, tr("&Sort..."), kSort, true, QKeySequence(tr("Ctrl+T", "Sort")));
+  AddCommand(actions, tr("F&ilter..."), kFilter, true, QKeySequence(tr("Ctrl+L", "Filter")));
   actions->addSeparator();
-  AddCommand(actions, tr("Delete Records..."), kDeleteRecords);
-  AddCommand(actions, tr("Run Report..."), kRunReport);
+  AddCommand(actions, tr("&Delete Records..."), kDeleteRecords);
+  AddCommand(actions, tr("Run &Report..."), kRunReport, true, QKeySequence(tr("Ctrl+R")));
   actions->addSeparator();
   AddCommand(actions, tr("Move Records To..."), kMoveRecords, false);
   AddCommand(actions, tr("Copy Records To..."), kCopyRecords, false);
-  AddCommand(actions, tr("Export Records..."), kExportRecords, false);
+  AddCommand(actions, tr("&Export Records..."), kExportRecords, true, QKeySequence(tr("Ctrl+E")));
   AddCommand(actions, tr("Print Records..."), kPrintRecords, false);
   actions->addSeparator();
   AddCommand(actions, tr("Beam Records..."), kBeamRecords, false);
@@ -88,10 +92,18 @@ void MainWindow::BuildMenus() {
   AddCommand(actions, tr("Receive Via Infrared..."), kReceive, false);
 
   QMenu* help = menuBar()->addMenu(tr("&Help"));
-  QAction* contents = help->addAction(tr("Quorvant Help"));
+  QAction* contents = help->addAction(tr("Quorvant &Help"));
   contents->setShortcut(QKeySequence::HelpContents);
-  connect(contents, &QAction::triggered, this, [this] { OpenHelpPage(context_.paths); });
-  AddCommand(help, tr("About"), kAbout);
+  connect(contents, &QAction::triggered, this, [this] {
+    if (OpenHelpPage(context_.paths)) return;
+    QString path = QString::fromStdString(HelpPagePath(context_.paths));
+    QMessageBox::information(
+        this, tr("Quorvant Help"),
+        tr("No web browser could be started.\n\nThe user guide is the file\n%1\n"
+           "Open it in any web browser.")
+            .arg(path));
+  });
+  AddCommand(help, tr("&About"), kAbout);
 
   QToolBar* tools = addToolBar(tr("Commands"));
   tools->setObjectName("commands");
@@ -138,10 +150,20 @@ QAction* MainWindow::action(int command) const {
 
 void MainWindow::UpdateTitle() {
   const bool open = context_.workspace.has_open_database();
-  setWindowTitle(QString::fromStdString(WindowTitle(context_.workspace)));
+  // Whether the name is shared is read from the recent files once per opened file.
+  const std::string path = open ? context_.workspace.current().path : std::string();
+  if (path != titled_path_) {
+    titled_path_ = path;
+    name_shared_ = open && NameSharedWithRecentFile(context_.workspace);
+  }
+  setWindowTitle(QString::fromStdString(name_shared_ ? TitleNamingFile(context_.workspace)
+                                                     : WindowTitle(context_.workspace)));
   for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
-                command::kRunReport, command::kDbProperties, command::kNewRecord})
+                command::kRunReport, command::kDbProperties, command::kNewRecord, command::kFind,
+                command::kFindAgain, command::kSort, command::kFilter, command::kExportRecords,
+                command::kImportCsv})
     actions_[c]->setEnabled(open);
+  statusBar()->showMessage(QString::fromStdString(ListStatusText(context_.workspace)));
 }
 
 namespace {
@@ -183,7 +205,7 @@ void MainWindow::RunCommand(int command) {
         if (command == kSave ? flows_.Save() : flows_.SaveAs()) UpdateTitle();
         return;
       case kClose:
-        refresh = flows_.Close();
+        refresh = flows_.Close([this] { Refresh(); });
         break;
       case kPreferences: {
         Preferences p = context_.workspace.preferences;
@@ -207,6 +229,24 @@ void MainWindow::RunCommand(int command) {
       case kRunReport:
         panel_->RunFieldReport(panel_->CurrentSlot());
         return;
+      case kFind:
+      case kFindAgain: {
+        auto match = command == kFind ? panel_->data().Find() : panel_->data().FindAgain();
+        if (match) panel_->SelectMatch(*match);
+        return;
+      }
+      case kSort:
+        refresh = panel_->data().Sort();
+        break;
+      case kFilter:
+        refresh = panel_->data().Filter();
+        break;
+      case kExportRecords:
+        panel_->data().Export();
+        return;
+      case kImportCsv:
+        refresh = panel_->data().Import();
+        break;
       case kAbout:
         context_.dialogs.ShowAbout();
         return;

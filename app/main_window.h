@@ -4,6 +4,7 @@
 
 #include <QMainWindow>
 #include <map>
+#include <string>
 
 #include "app/app_context.h"
 #include "app/edit_history.h"
@@ -56,6 +57,8 @@ class MainWindow : public QMainWindow {
   bool exiting_ = false;
   int running_ = 0;  // commands in progress (their dialogs may hold the database)
   LaunchQueue* launches_;
+  std::string titled_path_;  // the file the title was last made for
+  bool name_shared_ = false;
 };
 
 }  // namespace qv::app

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include "app/data_flows.h"
 #include "app/dialogs.h"
 #include "app/open_hooks.h"
 #include "app/record_list_model.h"
@@ -20,7 +21,8 @@ class EditHistory;
 class RecordListPanel : public QWidget {
   Q_OBJECT
  public:
-  RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access, QWidget* parent = nullptr);
+  RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access,
+                  QWidget* parent = nullptr);
 
   // Rebuilds columns and rows, selects the current record and updates the label.
   void Refresh();
@@ -52,6 +54,12 @@ class RecordListPanel : public QWidget {
   void DeleteRecords();
   // Selects the record's row and scrolls it into view.
   void SelectRecord(std::uint32_t number);
+  // Selects the found record and field (column -1: the row only) and scrolls them into view.
+  void SelectMatch(const FindMatch& match);
+  // The column menu of a column, at its header; from the keyboard, of the current column.
+  void ShowColumnMenu(int column);
+  // The data commands (find, sort, filter, export, import, set values).
+  DataFlows& data() { return data_; }
 
   RecordListView* view() const { return view_; }
   RecordListModel* model() const { return model_; }
@@ -63,7 +71,6 @@ class RecordListPanel : public QWidget {
   void databaseChanged();
 
  private:
-  void ShowColumnMenu(int column);
   void ColumnResized(int column, int new_size);
   void Typed(QChar c);
   void Erased();
@@ -73,6 +80,8 @@ class RecordListPanel : public QWidget {
   void OpenEditor(Database& db, std::uint32_t number, bool view_only);
   QRect CellRect(int row, int column) const;
   void FillViews();
+  void ShowSortIndicator();
+  void CurrentRowMoved(int row);
 
   Workspace& workspace_;
   Dialogs& dialogs_;
@@ -82,6 +91,7 @@ class RecordListPanel : public QWidget {
   RecordListView* view_;
   RecordListModel* model_;
   TypeAhead type_ahead_;
+  DataFlows data_;
   bool refreshing_ = false;
   EditHistory* history_ = nullptr;
 };

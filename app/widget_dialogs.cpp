@@ -23,9 +23,11 @@ const char kFilter[] = "Quorvant Files (*.pdb *.PDB);;All Files (*)";
 
 std::optional<std::string> RunFileDialog(QWidget* parent, QFileDialog::AcceptMode mode,
                                          const std::string& start) {
-  QFileDialog dialog(parent, mode == QFileDialog::AcceptOpen ? QObject::tr("Open") : QObject::tr("Save As"));
+  QFileDialog dialog(
+      parent, mode == QFileDialog::AcceptOpen ? QObject::tr("Open") : QObject::tr("Save As"));
   dialog.setAcceptMode(mode);
-  dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+  dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile
+                                                     : QFileDialog::AnyFile);
   dialog.setNameFilter(kFilter);
   dialog.setDefaultSuffix("PDB");
   QFileInfo info(QString::fromStdString(start));
@@ -114,7 +116,8 @@ std::optional<DeleteScope> WidgetDialogs::AskDeleteScope() {
 }
 
 std::optional<std::string> WidgetDialogs::ChoosePopupItem(const std::vector<std::string>& items,
-                                                          const std::string& current, const QRect& cell) {
+                                                          const std::string& current,
+                                                          const QRect& cell) {
   if (items.empty()) return std::nullopt;
   QMenu menu(parent_);
   for (std::size_t i = 0; i < items.size(); ++i) {
@@ -154,7 +157,7 @@ void WidgetDialogs::ShowReport(const std::string& text) {
 }
 
 void WidgetDialogs::EditViews(Database& db, Prompter& prompter) {
-  ViewsDialog dialog(db, prompter, parent_);
+  ViewsDialog dialog(db, workspace_ ? workspace_->options : FormatOptions{}, prompter, parent_);
   dialog.exec();
 }
 

@@ -3,6 +3,7 @@
 
 #include <QPointer>
 #include <QWidget>
+#include <string>
 
 #include "app/dialogs.h"
 #include "app/open_hooks.h"
@@ -24,7 +25,8 @@ class WidgetDialogs : public Dialogs {
   bool EditPreferences(Preferences& preferences) override;
   std::optional<DeleteScope> AskDeleteScope() override;
   std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items,
-                                             const std::string& current, const QRect& cell) override;
+                                             const std::string& current,
+                                             const QRect& cell) override;
   std::optional<Dmy> ChooseDate(const Dmy& current, const QRect& cell) override;
   std::optional<TimeOfDay> ChooseTime(const TimeOfDay& current, const QRect& cell) override;
   void ShowAbout() override;
@@ -32,6 +34,18 @@ class WidgetDialogs : public Dialogs {
   void EditViews(Database& db, Prompter& prompter) override;
   bool IsRecordOpen() const override { return record_open_; }
   bool EditProperties(Database& db, int field) override;
+  // The data dialogs (widget_data_dialogs.cpp).
+  std::optional<FindSettings> AskFind(const Database& db, const FindSettings& current) override;
+  bool EditSort(Database& db, int view, Prompter& prompter) override;
+  bool EditFilter(Database& db, int view, const FormatOptions& options,
+                  Prompter& prompter) override;
+  std::optional<ExportRequest> AskExport(const Database& db,
+                                         const Preferences& preferences) override;
+  std::optional<ImportRequest> AskImport(const Database& db,
+                                         const Preferences& preferences) override;
+  std::optional<Bytes> AskSetValue(const Database& db, int slot, const FormatOptions& options,
+                                   Prompter& prompter) override;
+  bool RunLong(const std::string& title, LongWork work, Prompter& shown) override;
 
  private:
   Workspace* workspace_ = nullptr;
@@ -39,6 +53,8 @@ class WidgetDialogs : public Dialogs {
   OpenAccessGate open_access_;
   QPointer<QWidget> parent_;
   bool record_open_ = false;
+  std::string last_import_;  // the file last imported, offered again
+  LongTasks long_tasks_;
 };
 
 }  // namespace qv::app
