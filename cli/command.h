@@ -22,11 +22,12 @@ struct Command {
 };
 
 // The command groups; each lives in its own source file.
-std::vector<Command> DatabaseCommands();  // info, list, new, check
-std::vector<Command> RecordCommands();    // add, set, delete
-std::vector<Command> SecurityCommands();  // encrypt, decrypt, security
+std::vector<Command> DatabaseCommands();    // info, list, new, check
+std::vector<Command> RecordCommands();      // add, set, delete
+std::vector<Command> SecurityCommands();    // encrypt, decrypt, security
 std::vector<Command> ProcessingCommands();  // sort, filter, calc, recalc
 std::vector<Command> ViewCommands();        // views, report, find
 std::vector<Command> ExchangeCommands();    // export, import
+std::vector<Command> TransferCommands();    // print, copy, move, convert
 
 }  // namespace qv::cli

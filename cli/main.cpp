@@ -12,8 +12,8 @@ namespace {
 std::vector<qv::cli::Command> AllCommands() {
   std::vector<qv::cli::Command> all;
   for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands,
-                     qv::cli::ProcessingCommands, qv::cli::ViewCommands,
-                     qv::cli::ExchangeCommands, qv::cli::SecurityCommands}) {
+                     qv::cli::ProcessingCommands, qv::cli::ViewCommands, qv::cli::ExchangeCommands,
+                     qv::cli::TransferCommands, qv::cli::SecurityCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }
