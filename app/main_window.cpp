@@ -22,6 +22,7 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
   setWindowTitle("Quorvant");
   panel_ = new RecordListPanel(context_.workspace, context_.dialogs, context_.access, this);
   setCentralWidget(panel_);
+  transfer_ = std::make_unique<RecordTransfer>(context_, this);
   BuildMenus();
   statusBar()->setSizeGripEnabled(true);
   connect(panel_, &RecordListPanel::databaseChanged, this, &MainWindow::UpdateTitle);
@@ -70,10 +71,10 @@ void MainWindow::BuildMenus() {
   AddCommand(actions, tr("Delete Records..."), kDeleteRecords);
   AddCommand(actions, tr("Run Report..."), kRunReport);
   actions->addSeparator();
-  AddCommand(actions, tr("Move Records To..."), kMoveRecords, false);
-  AddCommand(actions, tr("Copy Records To..."), kCopyRecords, false);
+  AddCommand(actions, tr("Move Records To..."), kMoveRecords);
+  AddCommand(actions, tr("Copy Records To..."), kCopyRecords);
   AddCommand(actions, tr("Export Records..."), kExportRecords, false);
-  AddCommand(actions, tr("Print Records..."), kPrintRecords, false);
+  AddCommand(actions, tr("Print Records..."), kPrintRecords);
   actions->addSeparator();
   AddCommand(actions, tr("Beam Records..."), kBeamRecords, false);
   AddCommand(actions, tr("Beam Database..."), kBeamDatabase, false);
@@ -118,8 +119,9 @@ QAction* MainWindow::action(int command) const {
 void MainWindow::UpdateTitle() {
   const bool open = context_.workspace.has_open_database();
   setWindowTitle(QString::fromStdString(WindowTitle(context_.workspace)));
-  for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
-                command::kRunReport})
+  for (int c :
+       {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
+        command::kRunReport, command::kMoveRecords, command::kCopyRecords, command::kPrintRecords})
     actions_[c]->setEnabled(open);
 }
 
@@ -156,6 +158,13 @@ void MainWindow::RunCommand(int command) {
       case kDeleteRecords: panel_->DeleteRecords(); return;
       case kRunReport: panel_->RunFieldReport(panel_->CurrentSlot()); return;
       case kAbout: context_.dialogs.ShowAbout(); return;
+      case kPrintRecords:
+        transfer_->Print();
+        return;
+      case kMoveRecords:
+      case kCopyRecords:
+        refresh = transfer_->Transfer(command == kMoveRecords);
+        break;
       default: return;
     }
   }

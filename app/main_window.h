@@ -4,10 +4,12 @@
 
 #include <QMainWindow>
 #include <map>
+#include <memory>
 
 #include "app/app_context.h"
 #include "app/file_flows.h"
 #include "app/record_list_panel.h"
+#include "app/record_transfer.h"
 
 class QMenu;
 
@@ -28,6 +30,7 @@ class MainWindow : public QMainWindow {
   QAction* action(int command) const;
   RecordListPanel* panel() const { return panel_; }
   FileFlows& flows() { return flows_; }
+  RecordTransfer& transfer() { return *transfer_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -43,6 +46,7 @@ class MainWindow : public QMainWindow {
   AppContext context_;
   FileFlows flows_;
   RecordListPanel* panel_;
+  std::unique_ptr<RecordTransfer> transfer_;
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
   bool exiting_ = false;
