@@ -1,6 +1,6 @@
 #pragma once
 // "Print Records": the current record or every record of the view, and the print command that
-// will be used (kept in the preferences; changing it here changes it there).
+// will be used (a preference; changing it here changes it there).
 
 #include <QDialog>
 #include <string>

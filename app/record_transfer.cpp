@@ -41,12 +41,15 @@ RecordTransfer::~RecordTransfer() = default;
 bool RecordTransfer::Print() {
   Workspace& ws = context_.workspace;
   if (!ws.has_open_database()) return false;
-  const std::string command = PrintCommand(ws.settings);
+  std::string& preference = ws.preferences.print_command;
+  const std::string command = preference.empty() ? kDefaultPrintCommand : preference;
   auto choice = dialogs_->AskPrint(command);
   if (!choice) return false;
-  if (choice->command != command) ws.settings.write(kPrintCommandKey, choice->command);
+  // A command changed here is the preference from now on.
+  if (choice->command != command) preference = choice->command;
   const std::string temp = context_.paths.DocumentsFolder() + "/" + kPrintTempFileName;
-  PrintRecords(ws.current(), choice->all, {temp, PrintCommand(ws.settings)}, ws.options,
+  PrintRecords(ws.current(), choice->all,
+               {temp, preference.empty() ? kDefaultPrintCommand : preference}, ws.options,
                ws.prompter, *runner_);
   return false;
 }

@@ -12,6 +12,8 @@ namespace qv {
 namespace {
 
 constexpr const char* kCaption = "Error";
+// A kept Unique field's "No Value", numbered once every kept number is known.
+constexpr std::uint32_t kNumberLater = 0xFFFFFFFF;
 
 FieldType NewType(std::uint8_t old_type) {
   static constexpr FieldType kMap[kOldFieldTypeCount] = {
@@ -141,13 +143,30 @@ std::optional<Bytes> ConvertValue(const OldField& field, const Bytes& v, bool ke
         if (!digits) return std::nullopt;
         n = *digits;
       } else if (field.type == kOldUnique) {
-        n = record_index;  // fresh numbers, one per record
+        // Fresh numbers, one per record; beside kept numbers, numbered after the largest.
+        n = keep ? kNumberLater : record_index;
       }
       return field.type == kOldLinked ? LinkedValue(n) : UInt32Value(n);
     }
     default:
       return std::nullopt;
   }
+}
+
+void NumberEmptyUniqueValues(Database& db, int slot) {
+  std::uint32_t largest = 0;
+  bool any = false;
+  for (const RecordSlot& r : db.records) {
+    const std::uint32_t n = ValueUInt32(ValueBytes(r.data, slot));
+    if (n != kNumberLater) {
+      largest = std::max(largest, n);
+      any = true;
+    }
+  }
+  std::uint32_t next = any ? largest + 1 : 0;
+  for (RecordSlot& r : db.records)
+    if (ValueUInt32(ValueBytes(r.data, slot)) == kNumberLater)
+      r.data = ReplaceValue(r.data, db.definition(), slot, UInt32Value(next++));
 }
 
 bool ConvertRecords(const OldDatabase& old, Database& db, const std::vector<bool>& keep) {
@@ -167,6 +186,9 @@ bool ConvertRecords(const OldDatabase& old, Database& db, const std::vector<bool
     }
     if (!good || !StoreRecord(db, converted, kNewRecord)) ok = false;
   }
+  for (std::size_t i = 0; i < old.fields.size(); ++i)
+    if (keep[i] && old.fields[i].type == kOldUnique)
+      NumberEmptyUniqueValues(db, static_cast<int>(i));
   return ok;
 }
 

@@ -74,7 +74,7 @@ class RecordTransferTest : public QObject {
     dialogs.print_choice = PrintChoice{false, "lp -d office"};
     window.RunCommand(command::kPrintRecords);
     QCOMPARE(dialogs.shown_command, std::string("lp"));
-    QCOMPARE(h.settings.values[kPrintCommandKey], std::string("lp -d office"));
+    QCOMPARE(h.application.workspace().preferences.print_command, std::string("lp -d office"));
     const std::string temp = h.paths.DocumentsFolder() + "/qvprnttemp.txt";
     QCOMPARE(runner.arguments, (std::vector<std::string>{"lp", "-d", "office", temp}));
     QCOMPARE(runner.printed.substr(0, 20), std::string("Name: apple\nQty: 3\nD"));
@@ -86,6 +86,8 @@ class RecordTransferTest : public QObject {
     window.RunCommand(command::kPrintRecords);
     QCOMPARE(dialogs.shown_command, std::string("lp -d office"));
     QVERIFY(runner.arguments.empty());
+    h.application.Shutdown();
+    QCOMPARE(h.settings.values["PrintCommand"], std::string("lp -d office"));
   }
 
   void copyAndMoveRecordsToAnotherFile() {

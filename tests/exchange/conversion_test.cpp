@@ -100,7 +100,8 @@ TEST_F(ConversionTest, AConvertedInventoryLeavesInventoryOldBesideItWithTheOldBy
   EXPECT_EQ(d.sort_key(0).field, 0);
   ASSERT_EQ(db.count(), 2u);
   // Sorted on Item: the record of empty values comes first.
-  EXPECT_EQ(Texts(db, 0), "|0|||0|NO DATE|No Time||1|0||");
+  // A kept Unique field numbers its empty values after the largest kept number.
+  EXPECT_EQ(Texts(db, 0), "|0|||0|NO DATE|No Time||18|0||");
   EXPECT_EQ(Texts(db, 1), "bolt|-350|0.04|green|1|14/03/2004|09:30:00|box 3|17|0||");
   EXPECT_EQ(ValueUInt32(ValueBytes(db.records[1].data, 9)), 0u);
   EXPECT_EQ(ValueUInt32(ValueBytes(db.records[1].data, 10)), 12u);
