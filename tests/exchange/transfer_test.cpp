@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "processing/filter.h"
+#include "security/record_header.h"
 #include "security/settings.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_passwords.h"
@@ -163,6 +164,19 @@ TEST_F(TransferTest, ATargetOpenAlreadyTakesTheCopiesInMemory) {
   EXPECT_EQ(Column(*target, 0), (std::vector<std::string>{"old", "a"}));
   EXPECT_TRUE(target->changed);
   EXPECT_EQ(Slurp(target_path_), before);
+}
+
+TEST_F(TransferTest, EncipheredRecordsAreNotCopiedAsValues) {
+  EnableRecordHeaders(*source_);
+  auto header = ReadRecordHeader(source_->records[1].data);
+  ASSERT_TRUE(header);
+  header->set(kRecordFieldsEnciphered, true);
+  WriteRecordHeader(source_->records[1].data, *header);
+  TransferOutcome out = Transfer(false, kAllViewRecords, target_path_);
+  EXPECT_EQ(out.copied, 2u);
+  EXPECT_EQ(Column(*Reload(target_path_), 0), (std::vector<std::string>{"old", "c", "a"}));
+  ASSERT_EQ(prompter_.Messages().size(), 1u);
+  EXPECT_EQ(prompter_.Messages()[0].rfind("1 records could not be copied", 0), 0u);
 }
 
 TEST(FieldTypesMatchTest, EverySlotIsCompared) {
