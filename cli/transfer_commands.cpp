@@ -170,10 +170,22 @@ int Convert(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> TransferCommands() {
   return {
-      {"print", "print FILE [--record N | --view] [--command CMD] [--to-file OUT.txt]", Print},
-      {"copy", "copy FILE TARGET [--record N | --view]", Copy},
-      {"move", "move FILE TARGET [--record N | --view]", Move},
-      {"convert", "convert FILE [--yes-unique] [--yes-link] [--yes-linked]", Convert},
+      {"print", "print FILE [--record N | --view] [--command CMD] [--to-file OUT.txt]", Print,
+       "Prints the current record or the records of the view through the print command (lp "
+       "unless the preferences or --command say otherwise); --to-file keeps the text instead.",
+       "print Stock.PDB --record 3 --to-file record3.txt"},
+      {"copy", "copy FILE TARGET [--record N | --view]", Copy,
+       "Copies a record or the view's records into another database whose field types match; "
+       "needs Add Records on the target.",
+       "copy Stock.PDB Shop.PDB --view"},
+      {"move", "move FILE TARGET [--record N | --view]", Move,
+       "Moves records into another database whose field types match: copied, then deleted here "
+       "once the target is saved; needs Delete Records here.",
+       "move Stock.PDB Archive.PDB --record 7"},
+      {"convert", "convert FILE [--yes-unique] [--yes-link] [--yes-linked]", Convert,
+       "Converts a 2.x database to the current layout, keeping the old file as NAME-Old.PDB; the "
+       "--yes options keep the data of Unique, Link and Linked fields.",
+       "convert Old.PDB --yes-unique"},
   };
 }
 

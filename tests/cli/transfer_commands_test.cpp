@@ -75,7 +75,7 @@ TEST_F(QvdbTransferTest, CopyAndMoveBetweenDatabases) {
 
   auto same = RunQvdb({"move", stock, stock});
   EXPECT_EQ(same.exit_code, 1);
-  EXPECT_EQ(same.err, "Error: ERROR: Cannot perform this operation to the same database\n");
+  EXPECT_EQ(same.err, "ERROR: Cannot perform this operation to the same database\n");
   EXPECT_EQ(RunQvdb({"copy", stock, stock, "--record", "1"}).exit_code, 0);
   EXPECT_EQ(List(stock), "Item\tQty\nbolt\t1\nnut\t2\nbolt\t1\n");
 
@@ -89,7 +89,7 @@ TEST_F(QvdbTransferTest, CopyAndMoveBetweenDatabases) {
   auto mismatch = RunQvdb({"move", stock, other});
   EXPECT_EQ(mismatch.exit_code, 1);
   EXPECT_EQ(mismatch.err,
-            "ERROR: ERROR: Field Types of Database:Other do not match that of this database!\n");
+            "ERROR: Field Types of Database:Other do not match that of this database!\n");
   EXPECT_EQ(List(stock), "Item\tQty\nbolt\t1\nbolt\t1\n");
 }
 
@@ -110,7 +110,7 @@ TEST_F(QvdbTransferTest, ConvertTurnsA2xFileIntoACurrentOne) {
 
   auto again = RunQvdb({"convert", path});
   EXPECT_EQ(again.exit_code, 1);
-  EXPECT_EQ(again.err, "Error: Error: File is not a Quorvant 2.x file, cannot convert.\n");
+  EXPECT_EQ(again.err, "Error: File is not a Quorvant 2.x file, cannot convert.\n");
 }
 
 }  // namespace
