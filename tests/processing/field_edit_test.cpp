@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
+
 #include "engine/field_settings.h"
 #include "engine/format.h"
 #include "processing/conditional.h"
@@ -34,6 +36,11 @@ struct Conversion {
   std::uint32_t altered;
   std::vector<std::string> after;
 };
+
+// Test names and failure reports say which change it was.
+void PrintTo(const Conversion& c, std::ostream* os) {
+  *os << FieldTypeName(c.from) << " to " << FieldTypeName(c.to);
+}
 
 class TypeChangeTest : public ::testing::TestWithParam<Conversion> {};
 
@@ -80,7 +87,15 @@ INSTANTIATE_TEST_SUITE_P(
         Conversion{kDate, {"3/5/2002"}, kTime, 0, 1, 0, {"No Time"}},
         Conversion{kTime, {"1:05 pm", ""}, kText, 0, 0, 0, {"1:05:00PM", ""}},
         Conversion{kNote, {"hello"}, kHeading, 0, 1, 0, {""}},
-        Conversion{kText, {"x", ""}, kImage, 0, 1, 0, {"", ""}}));
+        Conversion{kText, {"x", ""}, kImage, 0, 1, 0, {"", ""}}),
+    [](const ::testing::TestParamInfo<Conversion>& info) {
+      std::string name = std::to_string(info.index) + "_" +
+                         std::string(FieldTypeName(info.param.from)) + "To" +
+                         std::string(FieldTypeName(info.param.to));
+      std::erase_if(
+          name, [](char c) { return !std::isalnum(static_cast<unsigned char>(c)) && c != '_'; });
+      return name;
+    });
 
 TEST(FieldEditTest, DeleteFixesUpSortsFiltersViewsAndFormulas) {
   auto db = DatabaseBuilder()
