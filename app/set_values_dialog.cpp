@@ -12,27 +12,14 @@
 #include <QVBoxLayout>
 
 #include "app/field_choices.h"
+#include "engine/field_types.h"
 #include "engine/format.h"
 #include "engine/record.h"
 #include "engine/text.h"
 
 namespace qv::app {
 
-bool SetValuesDialog::Settable(unsigned type) {
-  switch (type) {
-    case kText:
-    case kInteger:
-    case kFloat:
-    case kPopUp:
-    case kCheckBox:
-    case kDate:
-    case kTime:
-    case kNote:
-      return true;
-    default:
-      return false;
-  }
-}
+bool SetValuesDialog::Settable(unsigned type) { return HoldsTypedValue(type); }
 
 SetValuesDialog::SetValuesDialog(const Database& db, int slot, const FormatOptions& options,
                                  Prompter& prompter, QWidget* parent)

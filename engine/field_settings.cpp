@@ -2,25 +2,13 @@
 
 #include <algorithm>
 
+#include "engine/field_types.h"
+
 namespace qv {
 
 namespace fs = field_settings;
 
-bool TypeTakesDefault(unsigned type) {
-  switch (type) {
-    case kText:
-    case kInteger:
-    case kFloat:
-    case kPopUp:
-    case kCheckBox:
-    case kDate:
-    case kTime:
-    case kNote:
-      return true;
-    default:
-      return false;
-  }
-}
+bool TypeTakesDefault(unsigned type) { return HoldsTypedValue(type); }
 
 std::span<const std::uint8_t> FieldDefault(ConstFieldDefinition field) {
   if (!TypeTakesDefault(field.type())) return {};

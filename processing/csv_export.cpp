@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "engine/field_types.h"
 #include "engine/format.h"
 #include "engine/text.h"
 #include "processing/filter.h"
@@ -58,21 +59,7 @@ bool EntriesIntact(std::span<const std::uint8_t> record) {
 }
 
 // Types a new database can be made with from a header cell and take the exported texts back.
-bool TypeSurvivesCsv(unsigned type) {
-  switch (type) {
-    case kText:
-    case kInteger:
-    case kFloat:
-    case kPopUp:
-    case kCheckBox:
-    case kDate:
-    case kTime:
-    case kNote:
-      return true;
-    default:
-      return false;
-  }
-}
+bool TypeSurvivesCsv(unsigned type) { return HoldsTypedValue(type); }
 
 // The header line always follows the display order, whatever the column order of the records.
 void WriteHeader(const Database& db, const CsvExportOptions& o, std::string& line) {
