@@ -1,6 +1,7 @@
 #include "engine/container.h"
 
 #include <fcntl.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,9 +13,13 @@
 
 namespace qv {
 
-std::string Header::Name() const { return std::string(CStringAt(name.data(), name.size())); }
+std::string Header::Name() const {
+  return std::string(CStringAt(name.data(), name.size()));
+}
 
-void Header::SetName(std::string_view text) { PutCString(name.data(), name.size(), text); }
+void Header::SetName(std::string_view text) {
+  PutCString(name.data(), name.size(), text);
+}
 
 bool Header::IsQuorvant() const {
   return creator[0] == 'Q' && creator[1] == 'v' && creator[2] == 'n' && creator[3] == 't';
@@ -75,8 +80,9 @@ void PutRecordEntry(std::uint8_t* out, std::uint32_t offset, std::uint8_t attrib
   out[7] = static_cast<std::uint8_t>(uid);
 }
 
-ParseResult ParseContainer(std::span<const std::uint8_t> image) {
+ParseResult ParseContainer(const FileImage& image_owner) {
   ParseResult result;
+  std::span<const std::uint8_t> image(*image_owner);
   if (image.size() < kHeaderSize) {
     result.error = ReadError::BadHeader;
     return result;
@@ -97,18 +103,13 @@ ParseResult ParseContainer(std::span<const std::uint8_t> image) {
     result.error = ReadError::CannotRead;
     return result;
   }
-  std::vector<std::uint32_t> offsets(count);
-  file.records.resize(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint8_t* e = image.data() + kHeaderSize + kEntrySize * i;
-    offsets[i] = GetBE32(e);
-    file.records[i].attributes = e[4];
-    file.records[i].uid = (std::uint32_t{e[5]} << 16) | (std::uint32_t{e[6]} << 8) | e[7];
-  }
+  file.records.resize(kSchemaRecords);
+  file.data.resize(count - kSchemaRecords);
   // Records must lie after the list, inside the file, in list order; the last one runs to the end.
   for (std::size_t i = 0; i < count; ++i) {
-    std::size_t begin = offsets[i];
-    std::size_t end = i + 1 < count ? offsets[i + 1] : image.size();
+    const std::uint8_t* e = image.data() + kHeaderSize + kEntrySize * i;
+    std::size_t begin = GetBE32(e);
+    std::size_t end = i + 1 < count ? GetBE32(e + kEntrySize) : image.size();
     if (begin < list_end || begin > image.size() || end < begin || end > image.size()) {
       if (i < kSchemaRecords) {
         result.error = ReadError::CannotRead;
@@ -118,30 +119,53 @@ ParseResult ParseContainer(std::span<const std::uint8_t> image) {
       }
       return result;
     }
-    file.records[i].data.assign(image.begin() + begin, image.begin() + end);
+    std::uint32_t uid = (std::uint32_t{e[5]} << 16) | (std::uint32_t{e[6]} << 8) | e[7];
+    RecordData data(image_owner, begin, end - begin);
+    if (i < kSchemaRecords)
+      file.records[i] = {std::move(data), e[4], uid};
+    else
+      file.data[i - kSchemaRecords] = {std::move(data), uid, e[4]};
   }
   result.file = std::move(file);
   return result;
 }
 
-Bytes SerializeContainer(const ContainerFile& file) {
-  const std::size_t count = file.records.size();
-  std::size_t total = kHeaderSize + kEntrySize * count + 2 + kAppInfoSize;
-  for (const auto& r : file.records) total += r.data.size();
-  Bytes out(total, 0);
-  Header header = file.header;
-  header.record_count = static_cast<std::uint16_t>(count);
-  header.app_info_offset = static_cast<std::uint32_t>(kHeaderSize + kEntrySize * count + 2);
-  auto encoded = EncodeHeader(header);
-  std::copy(encoded.begin(), encoded.end(), out.begin());
-  std::size_t offset = header.app_info_offset + kAppInfoSize;
+std::size_t ContainerLayout::size() const {
+  std::size_t total = 0;
+  for (const auto& piece : pieces) total += piece.size();
+  return total;
+}
+
+ContainerLayout LayOutContainer(const Header& header, std::span<const RecordRef> records) {
+  const std::size_t count = records.size();
+  ContainerLayout layout;
+  layout.head.assign(kHeaderSize + kEntrySize * count + 2 + kAppInfoSize, 0);
+  Header h = header;
+  h.record_count = static_cast<std::uint16_t>(count);
+  h.app_info_offset = static_cast<std::uint32_t>(kHeaderSize + kEntrySize * count + 2);
+  auto encoded = EncodeHeader(h);
+  std::copy(encoded.begin(), encoded.end(), layout.head.begin());
+  layout.pieces.push_back(layout.head);
+  std::size_t offset = layout.head.size();
   for (std::size_t i = 0; i < count; ++i) {
-    const RawRecord& r = file.records[i];
-    PutRecordEntry(out.data() + kHeaderSize + kEntrySize * i, static_cast<std::uint32_t>(offset),
-                   r.attributes, r.uid);
-    std::copy(r.data.begin(), r.data.end(), out.begin() + static_cast<std::ptrdiff_t>(offset));
+    const RecordRef& r = records[i];
+    PutRecordEntry(layout.head.data() + kHeaderSize + kEntrySize * i,
+                   static_cast<std::uint32_t>(offset), r.attributes, r.uid);
     offset += r.data.size();
+    if (r.data.empty()) continue;
+    auto& last = layout.pieces.back();
+    if (layout.pieces.size() > 1 && last.data() + last.size() == r.data.data())
+      last = {last.data(), last.size() + r.data.size()};
+    else
+      layout.pieces.push_back(r.data);
   }
+  return layout;
+}
+
+Bytes JoinPieces(const ContainerLayout& layout) {
+  Bytes out;
+  out.reserve(layout.size());
+  for (const auto& piece : layout.pieces) out.insert(out.end(), piece.begin(), piece.end());
   return out;
 }
 
@@ -179,17 +203,48 @@ std::optional<Bytes> ReadWholeFile(const std::string& path) {
   return bytes;
 }
 
+namespace {
+
+// Writes every piece, many per call; false when the file takes fewer bytes than given.
+bool WritePieces(int fd, std::span<const std::span<const std::uint8_t>> pieces) {
+  constexpr std::size_t kMostPerCall = 512;  // well under IOV_MAX
+  std::vector<iovec> io;
+  io.reserve(std::min(pieces.size(), kMostPerCall));
+  std::size_t next = 0;
+  while (next < pieces.size() || !io.empty()) {
+    while (next < pieces.size() && io.size() < kMostPerCall) {
+      if (!pieces[next].empty())
+        io.push_back({const_cast<std::uint8_t*>(pieces[next].data()), pieces[next].size()});
+      ++next;
+    }
+    if (io.empty()) break;
+    ssize_t n = ::writev(fd, io.data(), static_cast<int>(io.size()));
+    if (n <= 0) return false;
+    // Drop what was written; a short write leaves the rest of a piece at the front.
+    auto done = static_cast<std::size_t>(n);
+    std::size_t k = 0;
+    while (k < io.size() && done >= io[k].iov_len) done -= io[k++].iov_len;
+    io.erase(io.begin(), io.begin() + static_cast<std::ptrdiff_t>(k));
+    if (!io.empty()) {
+      io[0].iov_base = static_cast<std::uint8_t*>(io[0].iov_base) + done;
+      io[0].iov_len -= done;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
 WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
+  return WriteFileAtomically(path, std::span<const std::span<const std::uint8_t>>(&bytes, 1));
+}
+
+WriteResult WriteFileAtomically(const std::string& path,
+                                std::span<const std::span<const std::uint8_t>> pieces) {
   std::string temp = path + ".saving";
   int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   if (fd < 0) return WriteResult::CannotOpen;
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (n <= 0) break;
-    done += static_cast<std::size_t>(n);
-  }
-  bool ok = done == bytes.size() && ::fsync(fd) == 0;
+  bool ok = WritePieces(fd, pieces) && ::fsync(fd) == 0;
   ok = (::close(fd) == 0) && ok;
   if (ok && std::rename(temp.c_str(), path.c_str()) == 0) return WriteResult::Written;
   std::remove(temp.c_str());

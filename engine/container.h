@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "engine/bytes.h"
+#include "engine/record_data.h"
 #include "platform/prompter.h"
 
 namespace qv {
@@ -54,14 +55,15 @@ std::array<std::uint8_t, kHeaderSize> EncodeHeader(Header header);
 
 // One record as the container holds it: its bytes, attribute byte and 24-bit identifier.
 struct RawRecord {
-  Bytes data;
+  RecordData data;
   std::uint8_t attributes = 0;
   std::uint32_t uid = 0;
 };
 
 struct ContainerFile {
   Header header;
-  std::vector<RawRecord> records;
+  std::vector<RawRecord> records;  // the schema records
+  std::vector<RecordSlot> data;    // the data records that follow them
 };
 
 // Why a container could not be read; each maps to the system's message.
@@ -74,10 +76,30 @@ struct ParseResult {
 };
 
 // Parses a whole file image. Every offset and length is checked against the image before use.
-ParseResult ParseContainer(std::span<const std::uint8_t> image);
+// The records are views into the image, which they keep alive.
+ParseResult ParseContainer(const FileImage& image);
 
-// Lays out the records end to end after the list, offsets recomputed, and returns the file image.
-Bytes SerializeContainer(const ContainerFile& file);
+// One record to lay out: its bytes, attribute byte and identifier.
+struct RecordRef {
+  std::span<const std::uint8_t> data;
+  std::uint8_t attributes = 0;
+  std::uint32_t uid = 0;
+};
+
+// A file laid out for writing: `head` holds the header, the record list, the two zero bytes and
+// the application-info block; `pieces` are `head` and then the records' bytes, neighbouring
+// records that lie end to end in memory (unchanged records of one image) joined into one piece.
+// The pieces point into `head` and into the records: both must outlive them.
+struct ContainerLayout {
+  Bytes head;
+  std::vector<std::span<const std::uint8_t>> pieces;
+  std::size_t size() const;
+};
+
+// Lays out the records end to end after the list, offsets recomputed.
+ContainerLayout LayOutContainer(const Header& header, std::span<const RecordRef> records);
+// The pieces of a layout as one file image.
+Bytes JoinPieces(const ContainerLayout& layout);
 
 // The 8-byte record entry: offset big-endian, attribute byte, identifier most significant first.
 void PutRecordEntry(std::uint8_t* out, std::uint32_t offset, std::uint8_t attributes,
@@ -93,6 +115,9 @@ enum class WriteResult { CannotOpen, Failed, Written };
 // Writes a sibling temporary file, flushes it to disk and renames it over the path, so a crash
 // or a full disk leaves either the old file or the new one.
 WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
+// The same for a file given as pieces written one after another.
+WriteResult WriteFileAtomically(const std::string& path,
+                                std::span<const std::span<const std::uint8_t>> pieces);
 
 // Finds the database whose header name is `name` in the folder of `reference_path`: the exact
 // file name, then blanks turned into underscores, then every .PDB file of the folder.

@@ -27,6 +27,10 @@ std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock)
 
 ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
                         std::uint32_t& bad_record) {
+  return ParseDatabase(std::make_shared<const Bytes>(image.begin(), image.end()), db, bad_record);
+}
+
+ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad_record) {
   ParseResult parsed = ParseContainer(image);
   if (!parsed.file) {
     bad_record = parsed.bad_record;
@@ -36,12 +40,7 @@ ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
   if (!schema) return ReadError::CannotRead;
   db.header = parsed.file->header;
   db.schema = std::move(*schema);
-  db.records.clear();
-  db.records.reserve(parsed.file->records.size() - kSchemaRecords);
-  for (std::size_t i = kSchemaRecords; i < parsed.file->records.size(); ++i) {
-    RawRecord& raw = parsed.file->records[i];
-    db.records.push_back({std::move(raw.data), raw.uid, raw.attributes});
-  }
+  db.records = std::move(parsed.file->data);
   db.name = db.header.Name();
   db.changed = false;
   db.current = 0;
@@ -55,15 +54,16 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
                      Icon::Error);
     return false;
   }
-  auto image = ReadWholeFile(path);
-  if (!image) {
+  auto bytes = ReadWholeFile(path);
+  if (!bytes) {
     prompter.message("Could not initialize file", "Error", Icon::Error);
     return false;
   }
   Database fresh;
   std::uint32_t bad_record = 0;
-  switch (ParseDatabase(*image, fresh, bad_record)) {
-    case ReadError::None: break;
+  switch (ParseDatabase(std::make_shared<const Bytes>(std::move(*bytes)), fresh, bad_record)) {
+    case ReadError::None:
+      break;
     case ReadError::BadHeader:
       prompter.message(
           "ERROR: Reading header!\nMake sure you are converting a Quorvant data file!\n", "Error",
@@ -86,19 +86,26 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
   return true;
 }
 
+ContainerLayout LayOutDatabase(const Database& db, std::vector<RawRecord>& schema) {
+  schema.clear();
+  EncodeSchema(db.schema, db.changed, schema);
+  std::vector<RecordRef> refs;
+  refs.reserve(schema.size() + db.records.size());
+  for (const RawRecord& r : schema) refs.push_back({r.data, r.attributes, r.uid});
+  for (const RecordSlot& r : db.records) refs.push_back({r.data, r.attributes, r.uid});
+  return LayOutContainer(db.header, refs);
+}
+
 Bytes SerializeDatabase(const Database& db) {
-  ContainerFile file;
-  file.header = db.header;
-  file.records.reserve(kSchemaRecords + db.records.size());
-  EncodeSchema(db.schema, db.changed, file.records);
-  for (const RecordSlot& slot : db.records) file.records.push_back({slot.data, slot.attributes, slot.uid});
-  return SerializeContainer(file);
+  std::vector<RawRecord> schema;
+  return JoinPieces(LayOutDatabase(db, schema));
 }
 
 bool SaveDatabase(Database& db, const Clock& clock) {
   db.header.modification_date = FileTimeNow(clock);
-  Bytes image = SerializeDatabase(db);
-  WriteResult result = WriteFileAtomically(db.path, image);
+  std::vector<RawRecord> schema;
+  ContainerLayout layout = LayOutDatabase(db, schema);
+  WriteResult result = WriteFileAtomically(db.path, layout.pieces);
   // Cleared whenever the file could be opened, even if writing then failed: deliberate, kept.
   if (result != WriteResult::CannotOpen) db.changed = false;
   return result == WriteResult::Written;
@@ -120,11 +127,16 @@ Bytes DefaultValue(const Database& db, int slot) {
   switch (db.definition().field(slot).type()) {
     case kInteger:
     case kDate:
-    case kLink: return UInt32Value(0);
-    case kCheckBox: return CheckValue(false);
-    case kTime: return TimeValue(255, 0, 0);
-    case kImage: return Bytes{0};
-    case kHeading: return Bytes{};
+    case kLink:
+      return UInt32Value(0);
+    case kCheckBox:
+      return CheckValue(false);
+    case kTime:
+      return TimeValue(255, 0, 0);
+    case kImage:
+      return Bytes{0};
+    case kHeading:
+      return Bytes{};
     case kLinked: {
       Bytes linked(24, 0);
       linked.push_back(0);
@@ -138,7 +150,8 @@ Bytes DefaultValue(const Database& db, int slot) {
       }
       return UInt32Value(next);
     }
-    default: return TextValue("");
+    default:
+      return TextValue("");
   }
 }
 
@@ -200,7 +213,8 @@ void RebuildVisibleList(Database& db,
 }
 
 void ShowAllRecords(Database& db) {
-  RebuildVisibleList(db, [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
+  RebuildVisibleList(db,
+                     [](const Database& d, std::uint32_t i) { return !d.records[i].data.empty(); });
 }
 
 std::string RecordValueText(const Database& db, std::uint32_t number, int slot,

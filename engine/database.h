@@ -24,12 +24,6 @@ inline constexpr std::uint32_t kNewRecord = 65000;
 // The path of a database that has never been saved; "*" cannot occur in a real path.
 inline constexpr const char* kUntitledPath = "Untitled*";
 
-struct RecordSlot {
-  Bytes data;
-  std::uint32_t uid = 0;
-  std::uint8_t attributes = 0;
-};
-
 struct Database {
   std::string path = kUntitledPath;
   std::string name = "Untitled";  // what titles and prompts show
@@ -61,7 +55,8 @@ struct Database {
 std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock);
 
 // Builds a database from a file image. On failure the result names the failure and the
-// database is left empty.
+// database is left empty. The records view the shared image; the span form copies it once.
+ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad_record);
 ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
                         std::uint32_t& bad_record);
 // Opens the file at `path`, reporting failures with the system's messages. Nothing is loaded on
@@ -69,6 +64,9 @@ ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
 bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter);
 // The exact bytes a save writes (record 0's dirty bit set while the database is changed).
 Bytes SerializeDatabase(const Database& db);
+// The same file as pieces to write: the schema records encoded into `schema`, which, like the
+// database, must outlive the layout.
+ContainerLayout LayOutDatabase(const Database& db, std::vector<RawRecord>& schema);
 // Stamps the modification date and rewrites the file at db.path through a sibling file. The
 // changed flag is cleared whenever the file could be opened for writing.
 bool SaveDatabase(Database& db, const Clock& clock);

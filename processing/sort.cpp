@@ -238,7 +238,7 @@ std::uint32_t FindInsertPosition(Database& db, std::uint32_t count) {
   // With no primary key nothing is compared and the record stays at the end, even when a later
   // key is set; on purpose.
   if (keys.k[0].field < 0) return count;
-  const Bytes& fresh = db.records[count].data;
+  std::span<const std::uint8_t> fresh = db.records[count].data;
   if (fresh.empty()) return count;
   for (std::uint32_t r = 0; r < count; ++r) {
     if (db.records[r].data.empty()) return count;

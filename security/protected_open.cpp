@@ -84,7 +84,7 @@ EncipherResult EncipherRecord(Database& db, std::uint32_t index, SecurityUi& ui)
   if (header && header->has(kRecordFieldsEnciphered)) return EncipherResult::kNotNeeded;
   if (!AskMatchingPassword(db.definition(), ui)) return EncipherResult::kCancelled;
   EnableRecordHeaders(db);
-  EncryptRecordFields(db.definition(), db.records[index].data, ui.password_buffer);
+  EncryptRecordFields(db.definition(), db.records[index].data.edit(), ui.password_buffer);
   db.changed = true;
   return EncipherResult::kEnciphered;
 }
