@@ -15,53 +15,79 @@ constexpr unsigned kDefaultLength = 40;
 constexpr unsigned kLongestLength = 2000;
 constexpr std::size_t kLongestName = 19;
 
-// Whether every cell parses as a value of `type` under the user's formats.
-bool AllParse(const std::vector<std::string_view>& cells, FieldType type,
-              const FormatOptions& options) {
-  std::array<std::uint8_t, kFieldDefinitionSize> bytes{};
-  FieldDefinition scratch(bytes.data());
-  scratch.set_type(type);
-  scratch.set_length(kLongestLength);
-  const FieldRecord no_items;
-  // A lone number reads as a time of whole hours; only a written separator makes a time.
-  const char time_separator = options.time_code == 4 || options.time_code == 5 ? '.'
-                              : options.time_code == 8                         ? ','
-                                                                               : ':';
-  for (std::string_view cell : cells) {
+// What a column's cells allow, learnt one cell at a time so a file is read in one pass: the
+// types every cell so far reads as, the longest cell and the most decimals.
+class ColumnGuess {
+ public:
+  explicit ColumnGuess(const FormatOptions& options) : options_(options) {}
+
+  void Add(std::string_view cell) {
+    for (std::size_t i = 0; i < kCandidates.size(); ++i)
+      if (possible_[i] && !Parses(cell, kCandidates[i])) possible_[i] = false;
+    if (check_words_) check_words_ = IsCheckWord(cell);
+    longest_ = std::max(longest_, cell.size());
+    decimals_ = std::max(decimals_, DecimalsOf(cell, options_.decimal_comma));
+    ++count_;
+  }
+
+  FieldType Type() const {
+    if (count_ == 0) return kText;
+    for (std::size_t i = 0; i < kCandidates.size(); ++i)
+      if (possible_[i]) return kCandidates[i];
+    if (check_words_) return kCheckBox;
+    return longest_ > kLongestText ? kNote : kText;
+  }
+  std::size_t longest() const { return longest_; }
+  int decimals() const { return std::min(decimals_, 10); }
+
+ private:
+  static constexpr std::array<FieldType, 4> kCandidates = {kInteger, kFloat, kDate, kTime};
+
+  // Whether the cell parses as a value of `type` under the user's formats.
+  bool Parses(std::string_view cell, FieldType type) {
+    // A lone number reads as a time of whole hours; only a written separator makes a time.
+    const char time_separator = options_.time_code == 4 || options_.time_code == 5 ? '.'
+                                : options_.time_code == 8                          ? ','
+                                                                                   : ':';
     if (type == kTime && cell.find(time_separator) == std::string_view::npos) return false;
-    if (!ParseValue(scratch, no_items, cell, options)) return false;
+    FieldDefinition scratch(bytes_.data());
+    scratch.set_type(type);
+    scratch.set_length(kLongestLength);
+    if (!ParseValue(scratch, no_items_, cell, options_)) return false;
     if (type == kInteger || type == kFloat) {
       // Numbers written with leading zeros (codes, postcodes) would lose them as numbers.
-      std::string_view digits = cell.substr(cell.find_first_not_of("+- ") == std::string_view::npos
-                                                ? 0
-                                                : cell.find_first_not_of("+- "));
+      std::size_t sign = cell.find_first_not_of("+- ");
+      std::string_view digits = cell.substr(sign == std::string_view::npos ? 0 : sign);
       if (digits.size() > 1 && digits[0] == '0' && digits[1] != '.' && digits[1] != ',')
         return false;
     }
+    return true;
   }
-  return true;
-}
 
-bool AllCheckWords(const std::vector<std::string_view>& cells) {
-  for (std::string_view cell : cells) {
-    std::string t = ToLowerAscii(cell);
-    if (t != "yes" && t != "no" && t != "true" && t != "false" && t != "x") return false;
+  static bool IsCheckWord(std::string_view cell) {
+    for (std::string_view word : {"yes", "no", "true", "false", "x"})
+      if (EqualsNoCase(cell, word)) return true;
+    return false;
   }
-  return true;
-}
 
-// The most decimals any cell carries, so values keep the digits they were written with.
-int DecimalsOf(const std::vector<std::string_view>& cells, bool decimal_comma) {
-  int most = 0;
-  for (std::string_view cell : cells) {
+  // The decimals a cell carries, so values keep the digits they were written with.
+  static int DecimalsOf(std::string_view cell, bool decimal_comma) {
     std::size_t point = cell.find(decimal_comma ? ',' : '.');
-    if (point == std::string_view::npos) continue;
+    if (point == std::string_view::npos) return 0;
     std::size_t end = cell.find_first_not_of("0123456789", point + 1);
     if (end == std::string_view::npos) end = cell.size();
-    most = std::max(most, static_cast<int>(end - point - 1));
+    return static_cast<int>(end - point - 1);
   }
-  return std::min(most, 10);
-}
+
+  const FormatOptions& options_;
+  std::array<std::uint8_t, kFieldDefinitionSize> bytes_{};
+  const FieldRecord no_items_;
+  std::array<bool, kCandidates.size()> possible_{true, true, true, true};
+  bool check_words_ = true;
+  std::size_t longest_ = 0;
+  int decimals_ = 0;
+  std::size_t count_ = 0;
+};
 
 struct ColumnSpec {
   std::string name;
@@ -100,36 +126,26 @@ bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec
   return true;
 }
 
-void DefineField(FieldDefinition field, const ColumnSpec& spec,
-                 const std::vector<std::string_view>& cells, const FormatOptions& options) {
-  FieldType type = spec.type ? *spec.type : GuessFieldType(cells, options);
-  std::size_t longest = 0;
-  for (std::string_view cell : cells) longest = std::max(longest, cell.size());
+void DefineField(FieldDefinition field, const ColumnSpec& spec, const ColumnGuess& guess) {
+  FieldType type = spec.type ? *spec.type : guess.Type();
   field.set_type(type);
   field.set_name(spec.name);
-  unsigned length =
-      static_cast<unsigned>(std::clamp<std::size_t>(longest, kDefaultLength, kLongestLength));
+  unsigned length = static_cast<unsigned>(
+      std::clamp<std::size_t>(guess.longest(), kDefaultLength, kLongestLength));
   field.set_length(spec.length ? *spec.length : length);
-  if (type == kFloat)
-    field.settings()[0] = static_cast<std::uint8_t>(DecimalsOf(cells, options.decimal_comma));
+  if (type == kFloat) field.settings()[0] = static_cast<std::uint8_t>(guess.decimals());
   // A list column wide enough for the name and typical values (about 7 pixels a character,
   // stored as two thirds of the pixels), never narrower than the default.
-  std::size_t shown = std::max(spec.name.size(), std::min<std::size_t>(longest, 28));
+  std::size_t shown = std::max(spec.name.size(), std::min<std::size_t>(guess.longest(), 28));
   field.set_width(static_cast<unsigned>(std::max<std::size_t>(58, (shown * 7 + 12) * 2 / 3)));
 }
 
 }  // namespace
 
 FieldType GuessFieldType(const std::vector<std::string_view>& cells, const FormatOptions& options) {
-  if (cells.empty()) return kText;
-  if (AllParse(cells, kInteger, options)) return kInteger;
-  if (AllParse(cells, kFloat, options)) return kFloat;
-  if (AllParse(cells, kDate, options)) return kDate;
-  if (AllParse(cells, kTime, options)) return kTime;
-  if (AllCheckWords(cells)) return kCheckBox;
-  for (std::string_view cell : cells)
-    if (cell.size() > kLongestText) return kNote;
-  return kText;
+  ColumnGuess guess(options);
+  for (std::string_view cell : cells) guess.Add(cell);
+  return guess.Type();
 }
 
 std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_view text,
@@ -137,16 +153,33 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
                                              const FormatOptions& options, const Clock& clock,
                                              Prompter& prompter, ImportResult& result) {
   result = ImportResult{};
-  std::vector<CsvRow> rows = ReadCsv(text, import_options.separator);
-  if (rows.empty() || rows[0].cells.empty()) {
+  // Two passes over the text, one row in memory at a time: the first learns the fields' types
+  // from the cells, the second imports the rows.
+  CsvReader reader(text, import_options.separator);
+  CsvRow row;
+  if (!reader.Next(row) || row.cells.empty()) {
     result.error = "the file has no header line naming the fields";
     return nullptr;
   }
-  const std::vector<std::string>& header = rows[0].cells;
+  const std::vector<std::string> header = row.cells;
   if (header.size() > static_cast<std::size_t>(kFieldSlots)) {
     result.error = StringPrintf("the file has %zu columns; a database holds at most 100 fields",
                                 header.size());
     return nullptr;
+  }
+  std::vector<ColumnGuess> guesses(header.size(), ColumnGuess(options));
+  std::string converted;
+  while (reader.Next(row)) {
+    if (!row.problem.empty()) continue;
+    for (std::size_t c = 0; c < header.size() && c < row.cells.size(); ++c) {
+      std::string_view cell = row.cells[c];
+      if (cell.empty()) continue;
+      if (import_options.encoding == TextEncoding::Utf8 && !IsAscii(cell)) {
+        converted = Utf8ToCp1252(cell);
+        cell = converted;
+      }
+      guesses[c].Add(cell);
+    }
   }
   auto db = NewDatabase(name, clock);
   for (std::size_t c = 0; c < header.size(); ++c) {
@@ -157,17 +190,12 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
       result.error = StringPrintf("the field name '%s' is given twice", spec.name.c_str());
       return nullptr;
     }
-    std::vector<std::string> stored;
-    for (std::size_t r = 1; r < rows.size(); ++r)
-      if (c < rows[r].cells.size() && !rows[r].cells[c].empty() && rows[r].problem.empty())
-        stored.push_back(DecodeFromFile(rows[r].cells[c], import_options.encoding));
-    std::vector<std::string_view> cells(stored.begin(), stored.end());
-    DefineField(db->definition().field(static_cast<int>(c)), spec, cells, options);
+    DefineField(db->definition().field(static_cast<int>(c)), spec, guesses[c]);
   }
-  ColumnMap map;
-  if (!MapColumns(*db, &rows[0], CsvHeader::Present, import_options.encoding, map, result.error))
-    return nullptr;
-  result = ImportCsvRows(*db, rows, map, import_options, options, prompter);
+  CsvImportOptions with_header = import_options;
+  with_header.header = CsvHeader::Present;
+  result = ImportCsvText(*db, text, with_header, options, prompter);
+  if (!result.ok) return nullptr;
   return db;
 }
 
