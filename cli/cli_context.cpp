@@ -78,6 +78,12 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path) {
   return db;
 }
 
+std::unique_ptr<Database> CliContext::OpenSchema(const std::string& path) {
+  auto db = std::make_unique<Database>();
+  if (!OpenProtectedDatabase(*db, path, ui, LoadParts::Schema)) return nullptr;
+  return db;
+}
+
 bool CliContext::Save(Database& db) {
   if (EncipherOnDatabaseClose(db, ui) == EncipherResult::kCancelled) {
     Error("nothing was saved: the database is enciphered on close and no password was given");

@@ -38,6 +38,8 @@ class CliContext {
   // Opens a database for a command, with the access and password checks of the program;
   // nothing (the reason already reported) when it cannot be opened.
   std::unique_ptr<Database> Open(const std::string& path);
+  // The same checks, but only the header and the schema are read: for describing a database.
+  std::unique_ptr<Database> OpenSchema(const std::string& path);
   // Saves through a sibling file; reports "ERROR:File could not be saved" on failure. A database
   // in encryption mode 0 is enciphered first, under a password asked for then; when that is
   // cancelled nothing is written.

@@ -33,7 +33,7 @@ int Info(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   if (!context.Parse(parser, arguments, 1, "info FILE")) return kUsage;
-  auto db = context.Open(parser.positionalArguments().at(0).toStdString());
+  auto db = context.OpenSchema(parser.positionalArguments().at(0).toStdString());
   if (!db) return kFailed;
   const Header& h = db->header;
   std::cout << "Name:          " << Cp1252ToUtf8(h.Name()) << '\n'
@@ -42,7 +42,8 @@ int Info(CliContext& context, const QStringList& arguments) {
             << "Backed up:     " << FileDateText(h.backup_date) << '\n'
             << "Type:          " << FourChars(h.type) << '\n'
             << "Creator:       " << FourChars(h.creator) << '\n'
-            << "Records:       " << h.record_count << " in the file, " << db->count()
+            << "Records:       " << h.record_count << " in the file, "
+            << h.record_count - kSchemaRecords
             << " data records\n\nFields:\n";
   Table fields;
   fields.headers = {"Slot", "Name", "Type", "Length"};

@@ -80,7 +80,9 @@ void PutRecordEntry(std::uint8_t* out, std::uint32_t offset, std::uint8_t attrib
   out[7] = static_cast<std::uint8_t>(uid);
 }
 
-ParseResult ParseContainer(const FileImage& image_owner) {
+namespace {
+
+ParseResult ParseRecords(const FileImage& image_owner, std::size_t file_size, bool with_data) {
   ParseResult result;
   std::span<const std::uint8_t> image(*image_owner);
   if (image.size() < kHeaderSize) {
@@ -104,19 +106,24 @@ ParseResult ParseContainer(const FileImage& image_owner) {
     return result;
   }
   file.records.resize(kSchemaRecords);
-  file.data.resize(count - kSchemaRecords);
+  if (with_data) file.data.resize(count - kSchemaRecords);
   // Records must lie after the list, inside the file, in list order; the last one runs to the end.
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint8_t* e = image.data() + kHeaderSize + kEntrySize * i;
     std::size_t begin = GetBE32(e);
-    std::size_t end = i + 1 < count ? GetBE32(e + kEntrySize) : image.size();
-    if (begin < list_end || begin > image.size() || end < begin || end > image.size()) {
+    std::size_t end = i + 1 < count ? GetBE32(e + kEntrySize) : file_size;
+    if (begin < list_end || begin > file_size || end < begin || end > file_size) {
       if (i < kSchemaRecords) {
         result.error = ReadError::CannotRead;
       } else {
         result.error = ReadError::BadRecord;
         result.bad_record = static_cast<std::uint32_t>(i - kSchemaRecords);
       }
+      return result;
+    }
+    if (i >= kSchemaRecords && !with_data) continue;
+    if (end > image.size()) {  // a start that stops short of the schema records
+      result.error = ReadError::CannotRead;
       return result;
     }
     std::uint32_t uid = (std::uint32_t{e[5]} << 16) | (std::uint32_t{e[6]} << 8) | e[7];
@@ -128,6 +135,16 @@ ParseResult ParseContainer(const FileImage& image_owner) {
   }
   result.file = std::move(file);
   return result;
+}
+
+}  // namespace
+
+ParseResult ParseContainer(const FileImage& image) {
+  return ParseRecords(image, image->size(), true);
+}
+
+ParseResult ParseContainerStart(const FileImage& start, std::size_t file_size) {
+  return ParseRecords(start, file_size, false);
 }
 
 std::size_t ContainerLayout::size() const {
@@ -234,6 +251,20 @@ bool WritePieces(int fd, std::span<const std::span<const std::uint8_t>> pieces) 
 }
 
 }  // namespace
+
+std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
+                                   std::size_t& file_size) {
+  std::ifstream in(path, std::ios::binary | std::ios::ate);
+  if (!in) return std::nullopt;
+  std::streamoff size = in.tellg();
+  if (size < 0 || !in.seekg(0)) return std::nullopt;
+  file_size = static_cast<std::size_t>(size);
+  Bytes bytes(std::min(limit, file_size));
+  auto wanted = static_cast<std::streamsize>(bytes.size());
+  if (in.read(reinterpret_cast<char*>(bytes.data()), wanted).gcount() != wanted)
+    return std::nullopt;
+  return bytes;
+}
 
 WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
   return WriteFileAtomically(path, std::span<const std::span<const std::uint8_t>>(&bytes, 1));

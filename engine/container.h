@@ -78,6 +78,10 @@ struct ParseResult {
 // Parses a whole file image. Every offset and length is checked against the image before use.
 // The records are views into the image, which they keep alive.
 ParseResult ParseContainer(const FileImage& image);
+// The same for the start of a file of `file_size` bytes that holds at least the header, the list
+// and the schema records: every entry is checked, but the data records are not taken (the
+// header's count tells how many there are).
+ParseResult ParseContainerStart(const FileImage& start, std::size_t file_size);
 
 // One record to lay out: its bytes, attribute byte and identifier.
 struct RecordRef {
@@ -111,6 +115,9 @@ bool TestForFile(const std::string& path);
 int ReadHeader(const std::string& path, Header& header);
 
 std::optional<Bytes> ReadWholeFile(const std::string& path);
+// The first `limit` bytes of a file (fewer when it is shorter) and the file's size.
+std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
+                                   std::size_t& file_size);
 enum class WriteResult { CannotOpen, Failed, Written };
 // Writes a sibling temporary file, flushes it to disk and renames it over the path, so a crash
 // or a full disk leaves either the old file or the new one.

@@ -30,8 +30,12 @@ ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
   return ParseDatabase(std::make_shared<const Bytes>(image.begin(), image.end()), db, bad_record);
 }
 
-ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad_record) {
-  ParseResult parsed = ParseContainer(image);
+namespace {
+
+ReadError ParseParts(const FileImage& image, std::size_t file_size, LoadParts parts, Database& db,
+                     std::uint32_t& bad_record) {
+  ParseResult parsed = parts == LoadParts::All ? ParseContainer(image)
+                                               : ParseContainerStart(image, file_size);
   if (!parsed.file) {
     bad_record = parsed.bad_record;
     return parsed.error;
@@ -48,20 +52,42 @@ ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad
   return ReadError::None;
 }
 
-bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
+// The start of a file up to its first data record: the header, the list and the schema records.
+std::optional<Bytes> ReadSchemaStart(const std::string& path, std::size_t& file_size) {
+  auto start = ReadFileStart(path, kHeaderSize, file_size);
+  if (!start || start->size() < kHeaderSize) return start;  // the parse names the fault
+  const std::size_t count = GetBE16(start->data() + 76);
+  if (count <= kSchemaRecords) return ReadFileStart(path, file_size, file_size);
+  const std::size_t list_end = kHeaderSize + kEntrySize * count;
+  start = ReadFileStart(path, list_end, file_size);
+  if (!start || start->size() < list_end) return start;
+  std::size_t first_data = GetBE32(start->data() + kHeaderSize + kEntrySize * kSchemaRecords);
+  return ReadFileStart(path, std::max(first_data, list_end), file_size);
+}
+
+}  // namespace
+
+ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad_record) {
+  return ParseParts(image, image->size(), LoadParts::All, db, bad_record);
+}
+
+bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, LoadParts parts) {
   if (!TestForFile(path)) {
     prompter.message(StringPrintf("ERROR: Cannot Open File: %s for reading", path.c_str()), "Error",
                      Icon::Error);
     return false;
   }
-  auto bytes = ReadWholeFile(path);
+  std::size_t file_size = 0;
+  auto bytes = parts == LoadParts::All ? ReadWholeFile(path) : ReadSchemaStart(path, file_size);
   if (!bytes) {
     prompter.message("Could not initialize file", "Error", Icon::Error);
     return false;
   }
+  if (parts == LoadParts::All) file_size = bytes->size();
   Database fresh;
   std::uint32_t bad_record = 0;
-  switch (ParseDatabase(std::make_shared<const Bytes>(std::move(*bytes)), fresh, bad_record)) {
+  auto image = std::make_shared<const Bytes>(std::move(*bytes));
+  switch (ParseParts(image, file_size, parts, fresh, bad_record)) {
     case ReadError::None:
       break;
     case ReadError::BadHeader:

@@ -59,9 +59,13 @@ std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock)
 ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad_record);
 ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
                         std::uint32_t& bad_record);
+// What an open reads: everything, or only the header and the schema (every record entry still
+// checked), for describing a database without the cost of its records.
+enum class LoadParts { All, Schema };
 // Opens the file at `path`, reporting failures with the system's messages. Nothing is loaded on
 // failure.
-bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter);
+bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter,
+                  LoadParts parts = LoadParts::All);
 // The exact bytes a save writes (record 0's dirty bit set while the database is changed).
 Bytes SerializeDatabase(const Database& db);
 // The same file as pieces to write: the schema records encoded into `schema`, which, like the

@@ -58,9 +58,10 @@ bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui) {
   return true;
 }
 
-bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui) {
+bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui,
+                           LoadParts parts) {
   Database loaded;
-  if (!LoadDatabase(loaded, path, ui.prompter)) return false;
+  if (!LoadDatabase(loaded, path, ui.prompter, parts)) return false;
   if (!CheckOpenAccess(loaded.definition(), ui)) return false;
   if (!UnlockEncipheredDatabase(loaded, ui)) return false;
   db = std::move(loaded);

@@ -35,7 +35,8 @@ bool CheckOpenAccess(const DatabaseDefinition& definition, SecurityUi& ui);
 bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui);
 
 // Loads the file and runs both steps above. On any failure or refusal `db` is untouched.
-bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui);
+bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui,
+                           LoadParts parts = LoadParts::All);
 
 enum class EncipherResult { kNotNeeded, kEnciphered, kCancelled };
 
