@@ -84,7 +84,8 @@ def hyperfine(command, prep, runs, out):
             "--export-json", out]
     if prep:
         args += ["--prepare", prep]
-    subprocess.run(args + [command], check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(args + [command], check=True, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.DEVNULL)
     with open(out) as f:
         r = json.load(f)["results"][0]
     return r["times"], [r["user"] + r["system"]]  # hyperfine gives the CPU time as a mean

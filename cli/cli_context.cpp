@@ -71,10 +71,10 @@ bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments,
   return true;
 }
 
-std::unique_ptr<Database> CliContext::Open(const std::string& path) {
+std::unique_ptr<Database> CliContext::Open(const std::string& path, bool list_visible) {
   auto db = std::make_unique<Database>();
   if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
-  PositionOpenedDatabase(*db, prompter);
+  PositionOpenedDatabase(*db, prompter, list_visible);
   return db;
 }
 

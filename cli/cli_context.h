@@ -37,7 +37,8 @@ class CliContext {
 
   // Opens a database for a command, with the access and password checks of the program;
   // nothing (the reason already reported) when it cannot be opened.
-  std::unique_ptr<Database> Open(const std::string& path);
+  // `list_visible` false skips the filter pass, for commands that filter again before using it.
+  std::unique_ptr<Database> Open(const std::string& path, bool list_visible = true);
   // The same checks, but only the header and the schema are read: for describing a database.
   std::unique_ptr<Database> OpenSchema(const std::string& path);
   // Saves through a sibling file; reports "ERROR:File could not be saved" on failure. A database

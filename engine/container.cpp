@@ -153,8 +153,27 @@ std::size_t ContainerLayout::size() const {
   return total;
 }
 
-ContainerLayout LayOutContainer(const Header& header, std::span<const RecordRef> records) {
-  const std::size_t count = records.size();
+namespace {
+
+// Appends a record's entry and its bytes, joined to the last piece when they follow it in memory.
+void AddRecord(ContainerLayout& layout, std::size_t index, std::size_t& offset,
+               std::span<const std::uint8_t> data, std::uint8_t attributes, std::uint32_t uid) {
+  PutRecordEntry(layout.head.data() + kHeaderSize + kEntrySize * index,
+                 static_cast<std::uint32_t>(offset), attributes, uid);
+  offset += data.size();
+  if (data.empty()) return;
+  auto& last = layout.pieces.back();
+  if (layout.pieces.size() > 1 && last.data() + last.size() == data.data())
+    last = {last.data(), last.size() + data.size()};
+  else
+    layout.pieces.push_back(data);
+}
+
+}  // namespace
+
+ContainerLayout LayOutContainer(const Header& header, std::span<const RawRecord> schema,
+                                std::span<const RecordSlot> data) {
+  const std::size_t count = schema.size() + data.size();
   ContainerLayout layout;
   layout.head.assign(kHeaderSize + kEntrySize * count + 2 + kAppInfoSize, 0);
   Header h = header;
@@ -164,18 +183,9 @@ ContainerLayout LayOutContainer(const Header& header, std::span<const RecordRef>
   std::copy(encoded.begin(), encoded.end(), layout.head.begin());
   layout.pieces.push_back(layout.head);
   std::size_t offset = layout.head.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    const RecordRef& r = records[i];
-    PutRecordEntry(layout.head.data() + kHeaderSize + kEntrySize * i,
-                   static_cast<std::uint32_t>(offset), r.attributes, r.uid);
-    offset += r.data.size();
-    if (r.data.empty()) continue;
-    auto& last = layout.pieces.back();
-    if (layout.pieces.size() > 1 && last.data() + last.size() == r.data.data())
-      last = {last.data(), last.size() + r.data.size()};
-    else
-      layout.pieces.push_back(r.data);
-  }
+  std::size_t index = 0;
+  for (const RawRecord& r : schema) AddRecord(layout, index++, offset, r.data, r.attributes, r.uid);
+  for (const RecordSlot& r : data) AddRecord(layout, index++, offset, r.data, r.attributes, r.uid);
   return layout;
 }
 

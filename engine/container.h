@@ -83,13 +83,6 @@ ParseResult ParseContainer(const FileImage& image);
 // header's count tells how many there are).
 ParseResult ParseContainerStart(const FileImage& start, std::size_t file_size);
 
-// One record to lay out: its bytes, attribute byte and identifier.
-struct RecordRef {
-  std::span<const std::uint8_t> data;
-  std::uint8_t attributes = 0;
-  std::uint32_t uid = 0;
-};
-
 // A file laid out for writing: `head` holds the header, the record list, the two zero bytes and
 // the application-info block; `pieces` are `head` and then the records' bytes, neighbouring
 // records that lie end to end in memory (unchanged records of one image) joined into one piece.
@@ -100,8 +93,10 @@ struct ContainerLayout {
   std::size_t size() const;
 };
 
-// Lays out the records end to end after the list, offsets recomputed.
-ContainerLayout LayOutContainer(const Header& header, std::span<const RecordRef> records);
+// Lays out the schema records and then the data records end to end after the list, offsets
+// recomputed.
+ContainerLayout LayOutContainer(const Header& header, std::span<const RawRecord> schema,
+                                std::span<const RecordSlot> data);
 // The pieces of a layout as one file image.
 Bytes JoinPieces(const ContainerLayout& layout);
 

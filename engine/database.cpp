@@ -115,11 +115,7 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, Loa
 ContainerLayout LayOutDatabase(const Database& db, std::vector<RawRecord>& schema) {
   schema.clear();
   EncodeSchema(db.schema, db.changed, schema);
-  std::vector<RecordRef> refs;
-  refs.reserve(schema.size() + db.records.size());
-  for (const RawRecord& r : schema) refs.push_back({r.data, r.attributes, r.uid});
-  for (const RecordSlot& r : db.records) refs.push_back({r.data, r.attributes, r.uid});
-  return LayOutContainer(db.header, refs);
+  return LayOutContainer(db.header, schema, db.records);
 }
 
 Bytes SerializeDatabase(const Database& db) {
