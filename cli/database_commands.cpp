@@ -143,6 +143,7 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;
   }
+  bytes.reset();  // the records hold their own bytes: the text's memory is free for the save
   ReportImportProblems(result.problems);
   db->path = path;
   if (!context.Save(*db)) return kFailed;

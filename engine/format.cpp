@@ -159,6 +159,17 @@ std::string FormatDecimal(double value, int decimals, bool decimal_comma) {
 
 namespace {
 
+// A check box's typed text: 1, yes, true or x; 0, no, false or nothing.
+bool ParseCheck(std::string_view text, bool& checked) {
+  for (std::string_view word : {"1", "yes", "true", "x"})
+    if (EqualsNoCase(text, word)) return checked = true;
+  checked = false;
+  if (text.empty()) return true;
+  for (std::string_view word : {"0", "no", "false"})
+    if (EqualsNoCase(text, word)) return true;
+  return false;
+}
+
 // printf's "%.15g", which to_chars writes by definition, without printf's cost.
 std::string General15(double value) {
   char digits[64];
@@ -327,10 +338,9 @@ std::optional<Bytes> ParseValue(ConstFieldDefinition field, const FieldRecord& i
       return BoundedText(text, 14);
     }
     case kCheckBox: {
-      std::string t = ToLowerAscii(text);
-      if (t == "1" || t == "yes" || t == "true" || t == "x") return CheckValue(true);
-      if (t == "0" || t == "no" || t == "false" || t.empty()) return CheckValue(false);
-      return std::nullopt;
+      bool checked = false;
+      if (!ParseCheck(text, checked)) return std::nullopt;
+      return CheckValue(checked);
     }
     case kDate: {
       auto d = ParseDate(text, options.locale);
@@ -348,6 +358,71 @@ std::optional<Bytes> ParseValue(ConstFieldDefinition field, const FieldRecord& i
       return TimeValue(h, m, 0);
     }
     default: return std::nullopt;
+  }
+}
+
+namespace {
+
+void PutText(Bytes& out, std::string_view text) {
+  out.assign(text.begin(), text.end());
+  out.push_back(0);
+}
+
+void PutUInt32(Bytes& out, std::uint32_t v) {
+  out.resize(4);
+  PutLE32(out.data(), v);
+}
+
+}  // namespace
+
+bool ParseValueInto(ConstFieldDefinition field, const FieldRecord& items, std::string_view text,
+                    const FormatOptions& options, Bytes& out) {
+  switch (field.type()) {
+    case kText:
+    case kDbPopup:
+    case kNote:
+    case kExternal:
+      if (text.size() + 1 > std::max<std::size_t>(LargestValueSize(field), 1)) return false;
+      PutText(out, text);
+      return true;
+    case kInteger: {
+      auto v = ParseWhole(text);
+      if (!v || *v < INT32_MIN || *v > INT32_MAX) return false;
+      PutUInt32(out, static_cast<std::uint32_t>(static_cast<std::int32_t>(*v)));
+      return true;
+    }
+    case kUnique:
+    case kLink: {
+      auto v = ParseWhole(text);
+      if (!v || *v < 0 || *v > UINT32_MAX) return false;
+      PutUInt32(out, static_cast<std::uint32_t>(*v));
+      return true;
+    }
+    case kFloat: {
+      if (text.empty()) {
+        PutText(out, "");
+        return true;
+      }
+      auto v = ParseNumber(text, options.decimal_comma);
+      if (!v) return false;
+      int decimals = FloatDecimals(field);
+      std::string stored = decimals > 0 ? FormatDecimal(*v, decimals, false) : General15(*v);
+      if (stored.size() + 1 > 17) return false;
+      PutText(out, stored);
+      return true;
+    }
+    case kCheckBox: {
+      bool checked = false;
+      if (!ParseCheck(text, checked)) return false;
+      out.assign(1, checked ? 1 : 0);
+      return true;
+    }
+    default: {  // the rarer types build their value whole
+      auto value = ParseValue(field, items, text, options);
+      if (!value) return false;
+      out = std::move(*value);
+      return true;
+    }
   }
 }
 

@@ -53,7 +53,7 @@ class ColumnGuess {
     FieldDefinition scratch(bytes_.data());
     scratch.set_type(type);
     scratch.set_length(kLongestLength);
-    if (!ParseValue(scratch, no_items_, cell, options_)) return false;
+    if (!ParseValueInto(scratch, no_items_, cell, options_, value_)) return false;
     if (type == kInteger || type == kFloat) {
       // Numbers written with leading zeros (codes, postcodes) would lose them as numbers.
       std::size_t sign = cell.find_first_not_of("+- ");
@@ -82,6 +82,7 @@ class ColumnGuess {
   const FormatOptions& options_;
   std::array<std::uint8_t, kFieldDefinitionSize> bytes_{};
   const FieldRecord no_items_;
+  Bytes value_;  // reused from cell to cell
   std::array<bool, kCandidates.size()> possible_{true, true, true, true};
   bool check_words_ = true;
   std::size_t longest_ = 0;
