@@ -37,9 +37,13 @@ class NoDialogs : public qv::app::Dialogs {
   bool EditPreferences(qv::Preferences&) override { return false; }
   std::optional<qv::app::DeleteScope> AskDeleteScope() override { return {}; }
   std::optional<std::string> ChoosePopupItem(const std::vector<std::string>&, const std::string&,
-                                             const QRect&) override { return {}; }
+                                             const QRect&) override {
+    return {};
+  }
   std::optional<qv::Dmy> ChooseDate(const qv::Dmy&, const QRect&) override { return {}; }
-  std::optional<qv::app::TimeOfDay> ChooseTime(const qv::app::TimeOfDay&, const QRect&) override { return {}; }
+  std::optional<qv::app::TimeOfDay> ChooseTime(const qv::app::TimeOfDay&, const QRect&) override {
+    return {};
+  }
   void ShowAbout() override {}
   bool IsRecordOpen() const override { return false; }
 };
@@ -59,7 +63,7 @@ struct Fixture {
   Fixture() {
     auto db = qv::NewDatabase("Big", clock);
     const std::pair<const char*, qv::FieldType> fields[] = {
-        {"Item", qv::kText}, {"Qty", qv::kInteger}, {"Price", qv::kFloat},
+        {"Item", qv::kText},   {"Qty", qv::kInteger},      {"Price", qv::kFloat},
         {"Bought", qv::kDate}, {"Counted", qv::kCheckBox}, {"Notes", qv::kNote}};
     for (int slot = 0; slot < 6; ++slot) {
       qv::FieldDefinition f = db->definition().field(slot);
@@ -81,9 +85,7 @@ struct Fixture {
     path = db->path;
   }
 
-  qv::app::AppContext context() {
-    return {workspace, paths, dialogs, access, converter, alarms};
-  }
+  qv::app::AppContext context() { return {workspace, paths, dialogs, access, converter, alarms}; }
 };
 
 Fixture& Shared() {
@@ -162,13 +164,14 @@ void BM_SortByColumn(benchmark::State& state) {
   window.show();
   bool forward = false;
   for (auto _ : state) {
-    window.panel()->RunColumnCommand(0, forward ? qv::app::command::kSortForward
-                                                : qv::app::command::kSortReverse);
+    window.panel()->RunColumnCommand(
+        0, forward ? qv::app::command::kSortForward : qv::app::command::kSortReverse);
     QPixmap frame = window.panel()->view()->viewport()->grab();
     benchmark::DoNotOptimize(frame);
     forward = !forward;
   }
-  if (f.workspace.current().definition().sort_key(0).field != 0) state.SkipWithError("no sort happened");
+  if (f.workspace.current().definition().sort_key(0).field != 0)
+    state.SkipWithError("no sort happened");
   f.workspace.Reset();
 }
 BENCHMARK(BM_SortByColumn)->Unit(benchmark::kMillisecond);
@@ -179,6 +182,9 @@ int main(int argc, char** argv) {
   // The measurements need widgets but no screen.
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication app(argc, argv);
+  benchmark::AddCustomContext("comparison",
+                              "in-process: the window inside this process; the whole-process open "
+                              "is timed by bench/gui_open.py (make bench-compare)");
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

@@ -244,7 +244,27 @@ std::string WithDecimalComma(std::string_view text, bool decimal_comma) {
   return out;
 }
 
+// Whether text is a plain decimal: an optional '-', digits, at most one '.' between digits. Such
+// text reads the same with from_chars as with the C library (both round correctly), faster.
+bool PlainDecimal(std::string_view text, bool point_allowed) {
+  const std::size_t first = !text.empty() && text[0] == '-' ? 1 : 0;
+  if (first == text.size() || text.size() > 30) return false;
+  bool point = false;
+  for (std::size_t i = first; i < text.size(); ++i) {
+    if (text[i] >= '0' && text[i] <= '9') continue;
+    if (text[i] != '.' || !point_allowed || point || i == first || i + 1 == text.size())
+      return false;
+    point = true;
+  }
+  return true;
+}
+
 std::optional<double> ParseNumber(std::string_view text, bool decimal_comma) {
+  if (!decimal_comma && PlainDecimal(text, true)) {
+    double v = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
+    if (ec == std::errc() && end == text.data() + text.size() && std::isfinite(v)) return v;
+  }
   std::string s(text);
   if (decimal_comma) std::replace(s.begin(), s.end(), ',', '.');
   s.erase(0, s.find_first_not_of(' '));
@@ -258,6 +278,11 @@ std::optional<double> ParseNumber(std::string_view text, bool decimal_comma) {
 }
 
 std::optional<long long> ParseWhole(std::string_view text) {
+  if (PlainDecimal(text, false)) {
+    long long v = 0;
+    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
+    if (ec == std::errc() && end == text.data() + text.size()) return v;
+  }
   std::string s(text);
   s.erase(0, s.find_first_not_of(' '));
   s.erase(s.find_last_not_of(' ') + 1);

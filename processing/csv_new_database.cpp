@@ -22,8 +22,11 @@ class ColumnGuess {
   explicit ColumnGuess(const FormatOptions& options) : options_(options) {}
 
   void Add(std::string_view cell) {
-    for (std::size_t i = 0; i < kCandidates.size(); ++i)
+    for (std::size_t i = 0; i < kCandidates.size(); ++i) {
       if (possible_[i] && !Parses(cell, kCandidates[i])) possible_[i] = false;
+      // A cell that reads as an Integer reads as a Float as well: no need to try.
+      if (i == 0 && possible_[0]) ++i;
+    }
     if (check_words_) check_words_ = IsCheckWord(cell);
     longest_ = std::max(longest_, cell.size());
     decimals_ = std::max(decimals_, DecimalsOf(cell, options_.decimal_comma));
