@@ -45,6 +45,8 @@ class NoDialogs : public qv::app::Dialogs {
     return {};
   }
   void ShowAbout() override {}
+  void ShowReport(const std::string&) override {}
+  void EditViews(qv::Database&, qv::Prompter&) override {}
   bool IsRecordOpen() const override { return false; }
 };
 
