@@ -176,9 +176,13 @@ void SortWithKeys(Database& db, const KeyPlan* plans) {
     }
   }
   QuickSort<N>(db, plans, entries);
+  // The order alone is kept, so the entries' memory is free before the table is rebuilt.
+  std::vector<std::uint32_t> order(entries.size());
+  for (std::size_t i = 0; i < entries.size(); ++i) order[i] = entries[i].index;
+  std::vector<SortEntry<N>>().swap(entries);
   std::vector<RecordSlot> sorted;
-  sorted.reserve(entries.size());
-  for (const SortEntry<N>& e : entries) sorted.push_back(std::move(db.records[e.index]));
+  sorted.reserve(order.size());
+  for (std::uint32_t i : order) sorted.push_back(std::move(db.records[i]));
   db.records = std::move(sorted);
 }
 
