@@ -74,6 +74,9 @@ def jobs(work, qvdb):
          f"cp {j('calc.db')} {w_db}", "sqlite3 update of 2 columns"),
         ("set 1 Qty=5", f"{qvdb} set {w_pdb} 1 Qty=5", f"cp {j('base.PDB')} {w_pdb}",
          f"cp {j('base.PDB')} {j('y.PDB')}", None, "cp of the file"),
+        ("set 1 Qty=5, flushed copy", f"{qvdb} set {w_pdb} 1 Qty=5", f"cp {j('base.PDB')} {w_pdb}",
+         f"dd if={j('base.PDB')} of={j('y.PDB')} bs=8M conv=fsync status=none", None,
+         "dd conv=fsync of the file (a copy that flushes, as a save does)"),
         ("info", f"{qvdb} info {j('base.PDB')}", None, f"cat {j('base.PDB')}", None,
          "cat of the file"),
     ]
@@ -107,7 +110,7 @@ def loadavg():
 def main():
     ap = argparse.ArgumentParser()
     ap.add_argument("qvdb")
-    ap.add_argument("--rounds", type=int, default=3)
+    ap.add_argument("--rounds", type=int, default=5)
     ap.add_argument("--runs", type=int, default=3)
     ap.add_argument("--work")
     ap.add_argument("--quorvant")

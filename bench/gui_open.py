@@ -8,6 +8,7 @@ usage: gui_open.py QUORVANT FILE.PDB [--display :N] [--runs N]
 """
 import argparse
 import ctypes
+import faulthandler
 import os
 import signal
 import statistics
@@ -81,6 +82,8 @@ def one_run(quorvant, path, display, title, home):
     env = dict(os.environ, DISPLAY=display, XDG_CONFIG_HOME=home, QUORVANT_HOME=home,
                QT_QPA_PLATFORM="xcb")
     d = x11.XOpenDisplay(display.encode())
+    if not d:
+        raise SystemExit(f"cannot open the X display {display}")
     start = time.perf_counter()
     app = subprocess.Popen([quorvant, path], env=env, stdout=subprocess.DEVNULL,
                            stderr=subprocess.DEVNULL)
@@ -105,6 +108,7 @@ def one_run(quorvant, path, display, title, home):
 
 
 def report(quorvant, path, display, runs, work=None):
+    faulthandler.enable()
     xvfb = ensure_display(display)
     try:
         with open(path, "rb") as f:  # the database's name leads the title
