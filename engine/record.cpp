@@ -59,7 +59,8 @@ Bytes RecordPrefix(const DatabaseDefinition& definition, const Bytes& prefix) {
 
 }  // namespace
 
-Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& values) {
+void AppendEncodedRecord(const DatabaseDefinition& definition, const RecordValues& values,
+                         Bytes& out) {
   // Sized once and written in place: an import encodes every row.
   const Bytes prefix = RecordPrefix(definition, values.prefix);
   int last_used = -1;
@@ -71,8 +72,9 @@ Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& val
   }
   const bool end_marker = last_used + 1 < kFieldSlots;
   size += 2 * static_cast<std::size_t>(last_used + 1) + (end_marker ? 2 : 0);
-  Bytes out(size);
-  std::uint8_t* p = std::copy(prefix.begin(), prefix.end(), out.data());
+  const std::size_t start = out.size();
+  out.resize(start + size);
+  std::uint8_t* p = std::copy(prefix.begin(), prefix.end(), out.data() + start);
   for (int slot = 0; slot <= last_used; ++slot) {
     std::size_t len = 0;
     if (definition.field(slot).used()) {
@@ -84,6 +86,11 @@ Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& val
     p += 2 + len;
   }
   if (end_marker) PutLE16(p, kEndMarker);
+}
+
+Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& values) {
+  Bytes out;
+  AppendEncodedRecord(definition, values, out);
   return out;
 }
 
