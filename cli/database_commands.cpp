@@ -43,8 +43,7 @@ int Info(CliContext& context, const QStringList& arguments) {
             << "Type:          " << FourChars(h.type) << '\n'
             << "Creator:       " << FourChars(h.creator) << '\n'
             << "Records:       " << h.record_count << " in the file, "
-            << h.record_count - kSchemaRecords
-            << " data records\n\nFields:\n";
+            << h.record_count - kSchemaRecords << " data records\n\nFields:\n";
   Table fields;
   fields.headers = {"Slot", "Name", "Type", "Length"};
   for (int slot = 0; slot < kFieldSlots; ++slot) {

@@ -34,8 +34,8 @@ namespace {
 
 ReadError ParseParts(const FileImage& image, std::size_t file_size, LoadParts parts, Database& db,
                      std::uint32_t& bad_record) {
-  ParseResult parsed = parts == LoadParts::All ? ParseContainer(image)
-                                               : ParseContainerStart(image, file_size);
+  ParseResult parsed =
+      parts == LoadParts::All ? ParseContainer(image) : ParseContainerStart(image, file_size);
   if (!parsed.file) {
     bad_record = parsed.bad_record;
     return parsed.error;

@@ -1,8 +1,8 @@
 #include "engine/format.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <vector>
@@ -149,10 +149,10 @@ std::string FormatDecimal(double value, int decimals, bool decimal_comma) {
   // The original's "%12.*f" with its padding taken off again; to_chars writes the same digits
   // (it is defined as printf's conversion in the C locale) without printf's cost.
   char digits[400];  // DBL_MAX with 20 decimals fits
-  auto [end, ec] = std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed,
-                                 decimals);
-  std::string out = ec == std::errc() ? std::string(digits, end)
-                                      : StringPrintf("%.*f", decimals, value);
+  auto [end, ec] =
+      std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, decimals);
+  std::string out =
+      ec == std::errc() ? std::string(digits, end) : StringPrintf("%.*f", decimals, value);
   if (decimal_comma) std::replace(out.begin(), out.end(), '.', ',');
   return out;
 }

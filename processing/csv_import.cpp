@@ -259,8 +259,7 @@ class RowImporter {
         stored = converted_;
       }
       // Parsed into the value's own buffer, so a row costs no allocation per cell.
-      if (!ParseValueInto(field, db_.schema.fields[slot], stored, options_,
-                          values_.values[slot])) {
+      if (!ParseValueInto(field, db_.schema.fields[slot], stored, options_, values_.values[slot])) {
         reason = RefusalReason(field, std::string(stored));
         return false;
       }

@@ -58,8 +58,7 @@ bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui) {
   return true;
 }
 
-bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui,
-                           LoadParts parts) {
+bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui, LoadParts parts) {
   Database loaded;
   if (!LoadDatabase(loaded, path, ui.prompter, parts)) return false;
   if (!CheckOpenAccess(loaded.definition(), ui)) return false;
