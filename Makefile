@@ -6,7 +6,7 @@ JOBS       ?= $(shell nproc)
 # The X display the whole-process comparison opens the desktop program on (Xvfb if none answers).
 BENCH_DISPLAY ?= :97
 
-.PHONY: run test build bench bench-compare deps clean format
+.PHONY: run test build bench bench-compare deps clean format package install
 
 deps:
 	@scripts/install-deps
@@ -22,6 +22,15 @@ test: deps
 	@cmake -S . -B $(TEST_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DQUORVANT_SANITIZE=ON >/dev/null
 	@cmake --build $(TEST_BUILD) -j $(JOBS)
 	@cd $(TEST_BUILD) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
+
+# A Debian package of the release build (the .deb lands in $(BUILD)).
+package: build
+	@cd $(BUILD) && cpack -G DEB
+
+# Installs the release build; PREFIX=/usr/local unless given.
+PREFIX ?= /usr/local
+install: build
+	@cmake --install $(BUILD) --prefix $(PREFIX)
 
 bench: deps
 	@cmake -S . -B $(BENCH_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUORVANT_BUILD_TESTS=OFF -DQUORVANT_BUILD_BENCH=ON >/dev/null

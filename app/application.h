@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "app/app_context.h"
+#include "app/changes_lock.h"
 #include "app/main_window.h"
 #include "platform/clock.h"
 
@@ -37,15 +38,25 @@ class Application {
   // After the event loop: every database closed silently (modified ones saved), the
   // preferences written.
   void Shutdown();
+  // Ended from outside with nobody to ask (a signal, the session manager): the close-with-save
+  // rule of Exit without its questions, changes it would ask about kept for recovery. When
+  // `quitting`, LastFileUsed is written too and the caller ends the event loop.
+  void EndSession(bool quitting);
+  ChangesLock& changes_lock() { return *changes_lock_; }
 
   Workspace& workspace() { return workspace_; }
   MainWindow& window() { return *window_; }
 
  private:
+  bool RestoreRecovery();
+
   ApplicationServices s_;
   Workspace workspace_;
   std::unique_ptr<MainWindow> window_;
+  std::unique_ptr<ChangesLock> changes_lock_;
   bool shut_down_ = false;
+  bool kept_for_recovery_ = false;  // by a commit-data request, while the program ran on
+  bool ended_from_outside_ = false;
 };
 
 }  // namespace qv::app

@@ -17,7 +17,16 @@ namespace {
 constexpr std::uint8_t kDatabaseEnciphered = 0x10;
 }  // namespace
 
-std::string FileFlows::Proposed() { return ProposedPath(s_.paths.DataFolder(), db().name); }
+// The system's message, then why: held by another program, changed on disk, not writable.
+void FileFlows::ReportSaveFailure(const SaveOutcome& outcome, const std::string& path) {
+  Prompter& prompter = s_.workspace.prompter;
+  prompter.message("ERROR:File could not be saved", "Update", Icon::Error);
+  prompter.message(SaveFailureText(outcome, path), "Update", Icon::Error);
+}
+
+std::string FileFlows::Proposed() {
+  return ProposedPath(s_.paths.DataFolder(), db().name);
+}
 
 bool FileFlows::SaveCurrent() {
   Database& d = db();
@@ -27,10 +36,11 @@ bool FileFlows::SaveCurrent() {
   // Reopening puts the user back on this record.
   if (d.current < d.count())
     d.definition().set_return_record(static_cast<std::uint16_t>(d.current + kSchemaRecords));
-  bool ok = SaveDatabase(d, s_.workspace.clock);
+  SaveOutcome outcome;
+  bool ok = SaveDatabase(d, s_.workspace.clock, &outcome);
   if (ok) AddRecentFile(s_.workspace.settings, d.path);
   prompter.busy(false);
-  if (!ok) prompter.message("ERROR:File could not be saved", "Update", Icon::Error);
+  if (!ok) ReportSaveFailure(outcome, d.path);
   return ok;
 }
 
@@ -112,7 +122,8 @@ bool FileFlows::OpenDatabaseFile(const std::string& path) {
       if (!s_.converter.Convert(path, ws)) return false;
       continue;
     }
-    prompter.message("ERROR: File selected is not a Quorvant Database!", "Error", Icon::Exclamation);
+    prompter.message("ERROR: File selected is not a Quorvant Database!", "Error",
+                     Icon::Exclamation);
     return false;
   }
   auto fresh = std::make_unique<Database>();
@@ -133,14 +144,12 @@ bool FileFlows::OpenDatabaseFile(const std::string& path) {
 
 bool FileFlows::New() {
   Workspace& ws = s_.workspace;
-  if (CloseCurrent(true, false) == kCloseCancelled) return false;
   auto fresh = NewDatabase("Untitled", ws.clock);
   fresh->path = kUntitledPath;
+  // Defined first, so Cancel leaves the open database open.
+  if (!s_.dialogs.DefineNewDatabase(*fresh)) return false;
+  if (CloseCurrent(true, false) == kCloseCancelled) return false;
   ws.ReplaceCurrent(std::move(fresh));
-  if (!s_.dialogs.DefineNewDatabase(db())) {
-    ws.ReplaceCurrent(std::make_unique<Database>());
-    return true;
-  }
   db().changed = true;
   RebuildList(db());
   return true;
@@ -167,14 +176,22 @@ bool FileFlows::Reopen(int k) {
 bool FileFlows::SaveWithMessages() {
   Database& d = db();
   Prompter& prompter = s_.workspace.prompter;
+  // The file gets what the encryption mode enciphers; the open database stays readable.
+  Database image = d;
+  s_.access.EncipherOnClose(s_.workspace, image);
+  d.session_password = image.session_password;
   prompter.busy(true);
-  bool ok = SaveDatabase(d, s_.workspace.clock);
+  SaveOutcome outcome;
+  bool ok = SaveDatabase(image, s_.workspace.clock, &outcome);
   prompter.busy(false);
+  d.header = image.header;
+  d.changed = image.changed;
+  d.disk = image.disk;
   if (ok) {
     AddRecentFile(s_.workspace.settings, d.path);
     prompter.message("File Saved", "Update", Icon::Information);
   } else {
-    prompter.message("ERROR:File could not be saved", "Update", Icon::Error);
+    ReportSaveFailure(outcome, d.path);
   }
   return ok;
 }
@@ -203,9 +220,10 @@ bool FileFlows::SaveAs() {
   return true;
 }
 
-bool FileFlows::Close() {
+bool FileFlows::Close(const std::function<void()>& closed) {
   if (CloseCurrent(true, false) == kCloseCancelled) return false;
   s_.workspace.ReplaceCurrent(std::make_unique<Database>());
+  if (closed) closed();
   RunStartChooser();
   return true;
 }
@@ -252,7 +270,8 @@ void FileFlows::OpenAlarmRecord() {
   db().current = static_cast<std::uint32_t>(n);
   // The editor is chosen as for a tap on the record's row.
   int access = s_.access.CheckAccess(s_.workspace, db(), Guarded::EditRecords, true);
-  if (access != kAccessRefused) s_.dialogs.OpenRecord(db(), db().current, access == kAccessViewOnly);
+  if (access != kAccessRefused)
+    s_.dialogs.OpenRecord(db(), db().current, access == kAccessViewOnly);
 }
 
 bool FileFlows::HandOff(std::string_view text, NotificationHandler& alarms, bool record_open) {
@@ -299,10 +318,17 @@ std::vector<RecentEntry> FileFlows::StartChooserEntries() const {
 void FileFlows::RunStartChooser() {
   StartChoice choice = s_.dialogs.ChooseStart(StartChooserEntries());
   switch (choice.kind) {
-    case StartChoice::CreateNew: New(); break;
-    case StartChoice::MoreFiles: Open(); break;
-    case StartChoice::Recent: Reopen(choice.recent_index); break;
-    case StartChoice::Dismissed: break;
+    case StartChoice::CreateNew:
+      New();
+      break;
+    case StartChoice::MoreFiles:
+      Open();
+      break;
+    case StartChoice::Recent:
+      Reopen(choice.recent_index);
+      break;
+    case StartChoice::Dismissed:
+      break;
   }
 }
 

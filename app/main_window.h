@@ -4,9 +4,12 @@
 
 #include <QMainWindow>
 #include <map>
+#include <string>
 
 #include "app/app_context.h"
+#include "app/edit_history.h"
 #include "app/file_flows.h"
+#include "app/launch_queue.h"
 #include "app/record_list_panel.h"
 
 class QMenu;
@@ -22,12 +25,14 @@ class MainWindow : public QMainWindow {
   void OpenFirstDatabase();
   // Runs one command of the command table by its number.
   void RunCommand(int command);
-  // The command line of a second launch.
+  // The command line of a second launch; held until no dialog, edit or command is open.
   void HandleLaunchText(const QString& text);
+  LaunchQueue& launches() { return *launches_; }
 
   QAction* action(int command) const;
   RecordListPanel* panel() const { return panel_; }
   FileFlows& flows() { return flows_; }
+  EditHistory& history() { return history_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -36,16 +41,24 @@ class MainWindow : public QMainWindow {
   QAction* AddCommand(QMenu* menu, const QString& text, int command, bool available = true,
                       const QKeySequence& shortcut = {});
   void BuildMenus();
+  void BuildEditMenu();
   void FillReopenMenu();
   void UpdateTitle();
   void Refresh() { panel_->Refresh(); }
+  void DeliverLaunchText(const QString& text);
+  bool Busy() const;
 
   AppContext context_;
   FileFlows flows_;
+  EditHistory history_;
   RecordListPanel* panel_;
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
   bool exiting_ = false;
+  int running_ = 0;  // commands in progress (their dialogs may hold the database)
+  LaunchQueue* launches_;
+  std::string titled_path_;  // the file the title was last made for
+  bool name_shared_ = false;
 };
 
 }  // namespace qv::app

@@ -31,6 +31,14 @@ class AccessGate {
   virtual int CheckAccess(Workspace& workspace, Database& db, Guarded action, bool show_message) = 0;
   // Just before a database is saved and closed: enciphers it when its settings say so.
   virtual void EncipherOnClose(Workspace&, Database&) {}
+  // Before a record is opened or edited in the list: a record whose fields are enciphered is
+  // deciphered under the encryption password; false keeps it closed.
+  virtual bool DecipherRecord(Workspace&, Database&, std::uint32_t) { return true; }
+  // As the record editor closes a record: its marked fields are enciphered in mode 1, and in
+  // mode 2 when its "Encrypt" box is ticked (`manual`).
+  virtual void EncipherRecord(Workspace&, Database&, std::uint32_t, bool) {}
+  // "Set Access Password" of the security page; false when cancelled.
+  virtual bool ChangeAccessPassword(Workspace&, Database&) { return false; }
 };
 
 // Every action open to everyone (batch work and tests; the program uses SecurityAccessGate).

@@ -4,9 +4,10 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QVBoxLayout>
 
-#include "engine/text.h"
+#include "security/password_text.h"
 
 namespace qv::app {
 
@@ -27,7 +28,9 @@ PasswordDialog::PasswordDialog(const QString& title, const QString& prompt, QWid
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 
-QString PasswordDialog::text() const { return field_->text(); }
+QString PasswordDialog::text() const {
+  return field_->text();
+}
 
 std::optional<std::string> GuiPasswordPrompter::AskPassword(PasswordMode, std::string_view title,
                                                             std::string_view prompt, int) {
@@ -37,11 +40,17 @@ std::optional<std::string> GuiPasswordPrompter::AskPassword(PasswordMode, std::s
   // The prompt must be answerable while an open shows the wait cursor.
   bool busy = QApplication::overrideCursor() != nullptr;
   if (busy) QApplication::setOverrideCursor(Qt::ArrowCursor);
-  int result = dialog.exec();
+  std::optional<std::string> password;
+  // Passwords are kept as 8-bit text, as the files hold them; one the character set cannot hold
+  // exactly is asked for again, never altered.
+  while (!password && dialog.exec() == QDialog::Accepted) {
+    std::string problem;
+    password = PasswordFromUtf8(dialog.text().toStdString(), problem);
+    if (!password)
+      QMessageBox::warning(&dialog, dialog.windowTitle(), QString::fromStdString(problem));
+  }
   if (busy) QApplication::restoreOverrideCursor();
-  if (result != QDialog::Accepted) return std::nullopt;
-  // Passwords are kept as 8-bit text, as the files hold them.
-  return Utf8ToCp1252(dialog.text().toStdString());
+  return password;
 }
 
 }  // namespace qv::app

@@ -4,6 +4,7 @@
 
 #include "engine/record.h"
 #include "engine/text.h"
+#include "security/enciphered.h"
 
 namespace qv::app {
 
@@ -53,13 +54,25 @@ int RecordListModel::RowOfRecord(std::uint32_t number) const {
   return it == end ? -1 : static_cast<int>(it - visible.begin());
 }
 
-int RecordListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : rows_; }
+int RecordListModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rows_;
+}
 
 int RecordListModel::columnCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : static_cast<int>(columns_.size());
 }
 
+QVariant RecordListModel::Alignment(int column) const {
+  int slot = SlotOfColumn(column);
+  if (slot < 0 || !workspace_.has_open_database()) return {};
+  // Numbers line up on their last digit, headings over them.
+  unsigned type = workspace_.current().definition().field_type(slot);
+  bool number = type == kInteger || type == kFloat || type == kUnique || type == kCalculated;
+  return QVariant::fromValue((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+}
+
 QVariant RecordListModel::data(const QModelIndex& index, int role) const {
+  if (role == Qt::TextAlignmentRole) return Alignment(index.column());
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != Qt::CheckStateRole) return {};
   auto number = RecordOfRow(index.row());
   int slot = SlotOfColumn(index.column());
@@ -72,7 +85,7 @@ QVariant RecordListModel::data(const QModelIndex& index, int role) const {
     return !value.empty() && value[0] ? Qt::Checked : Qt::Unchecked;
   }
   if (role == Qt::CheckStateRole) return {};
-  std::string text = RecordValueText(db, *number, slot, workspace_.options);
+  std::string text = ShownValueText(db, *number, slot, workspace_.options);
   if (role == Qt::DisplayRole && text.size() > kCellLimit) text.resize(kCellLimit);
   // Notes may hold line breaks; a list row shows one line.
   if (role == Qt::DisplayRole) std::replace(text.begin(), text.end(), '\n', ' ');
@@ -81,8 +94,9 @@ QVariant RecordListModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant RecordListModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (orientation != Qt::Horizontal) return QAbstractTableModel::headerData(section, orientation, role);
-  if (role == Qt::TextAlignmentRole) return QVariant::fromValue(Qt::AlignLeft | Qt::AlignVCenter);
+  if (orientation != Qt::Horizontal)
+    return QAbstractTableModel::headerData(section, orientation, role);
+  if (role == Qt::TextAlignmentRole) return Alignment(section);
   if (role != Qt::DisplayRole) return {};
   int slot = SlotOfColumn(section);
   if (slot < 0 || !workspace_.has_open_database()) return {};

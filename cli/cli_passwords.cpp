@@ -7,7 +7,9 @@
 #include <fstream>
 #include <iostream>
 
+#include "engine/container.h"
 #include "engine/text.h"
+#include "security/password_text.h"
 #include "security/settings.h"
 
 namespace qv::cli {
@@ -40,11 +42,9 @@ std::optional<std::string> ReadHidden() {
 
 // Typed text is UTF-8; files keep 8-bit text.
 std::optional<std::string> Checked(const std::string& utf8) {
-  std::string text = Utf8ToCp1252(utf8);
-  if (text.size() > kMaxPasswordLength) {
-    std::cerr << "Error: a password has at most " << kMaxPasswordLength << " characters\n";
-    return std::nullopt;
-  }
+  std::string problem;
+  auto text = PasswordFromUtf8(utf8, problem);
+  if (!text) std::cerr << "Error: " << problem << '\n';
   return text;
 }
 
@@ -53,20 +53,54 @@ std::optional<std::string> Checked(const std::string& utf8) {
 std::optional<std::string> CliPasswords::Given(bool new_access, bool& given) {
   const std::optional<std::string>& file = new_access ? new_password_file : password_file;
   given = true;
+  if (file && *file == "-") {  // a line of standard input, read once however often asked
+    std::optional<std::string>& line = new_access ? new_from_input_ : from_input_;
+    if (!line) {
+      line.emplace();
+      std::getline(std::cin, *line);
+      StripLineEnd(*line);
+    }
+    return Checked(*line);
+  }
   if (file) {
-    std::ifstream in(*file, std::ios::binary);
-    std::string line;
-    if (!in || (!std::getline(in, line) && !in.eof())) {
+    auto bytes = ReadWholeFile(*file);
+    if (!bytes) {
       std::cerr << "Error: cannot read the password file '" << *file << "'\n";
       return std::nullopt;
     }
-    StripLineEnd(line);
-    return Checked(line);
+    std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+    return NonEmpty(std::string(FirstLine(text)), "the password file '" + *file + "'");
   }
-  if (const char* env = std::getenv(new_access ? "QUORVANT_NEW_PASSWORD" : "QUORVANT_PASSWORD"))
-    return Checked(env);
+  const char* variable = new_access ? "QUORVANT_NEW_PASSWORD" : "QUORVANT_PASSWORD";
+  if (const char* env = std::getenv(variable)) return NonEmpty(env, variable);
   given = false;
   return std::nullopt;
+}
+
+std::optional<std::string> CliPasswords::NonEmpty(const std::string& text,
+                                                  const std::string& source) {
+  // An empty first line is far more often a mistake than a password.
+  if (text.empty() && !allow_empty) {
+    std::cerr << "Error: " << source
+              << " gives an empty password (use --allow-empty-password to accept it)\n";
+    return std::nullopt;
+  }
+  return Checked(text);
+}
+
+bool CliPasswords::CanAsk() const {
+  return password_file || std::getenv("QUORVANT_PASSWORD") || isatty(STDIN_FILENO);
+}
+
+bool CliPasswords::ConfirmPassword(Prompter&, std::string_view text, std::string_view caption) {
+  std::cerr << caption << ": " << text;
+  if (!typed_last_ || !isatty(STDIN_FILENO)) {
+    std::cerr << " [a password given ahead is never confirmed: answered no]\n";
+    return false;
+  }
+  std::cerr << " [y/n] " << std::flush;
+  std::string line;
+  return std::getline(std::cin, line) && !line.empty() && (line[0] == 'y' || line[0] == 'Y');
 }
 
 std::optional<std::string> CliPasswords::FromTerminal(std::string_view title,
@@ -82,6 +116,7 @@ std::optional<std::string> CliPasswords::AskPassword(PasswordMode mode, std::str
   bool new_access = mode == PasswordMode::kNewAccess;
   bool given = false;
   auto password = Given(new_access, given);
+  typed_last_ = !given;
   // A password given ahead cannot be typed again: a refused one ends the prompt.
   if (given) return attempt == 0 ? password : std::nullopt;
   if (!isatty(STDIN_FILENO)) {
@@ -92,14 +127,7 @@ std::optional<std::string> CliPasswords::AskPassword(PasswordMode mode, std::str
     return std::nullopt;
   }
   if (attempt >= kTerminalTries) return std::nullopt;
-  auto typed = FromTerminal(title, prompt);
-  if (!typed || !new_access) return typed;
-  auto again = FromTerminal(title, "Type it again");
-  if (!again || *again != *typed) {
-    std::cerr << "Error: the two passwords differ\n";
-    return std::nullopt;
-  }
-  return typed;
+  return FromTerminal(title, prompt);
 }
 
 }  // namespace qv::cli

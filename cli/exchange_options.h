@@ -18,5 +18,9 @@ std::optional<char> SeparatorOption(CliContext& context, const QCommandLineParse
 std::optional<TextEncoding> EncodingOption(CliContext& context, const QCommandLineParser& parser);
 // Prints each refused row as "line N: reason" on standard error.
 void ReportImportProblems(const std::vector<ImportProblem>& problems);
+// Lists the refused rows and saves what an import stored, saying how many rows were stored and
+// refused (a new file is written even without rows). Under --strict a refused row (or a text not
+// stored exactly) leaves the file as it was.
+int SaveImport(CliContext& context, Database& db, const ImportResult& result, bool new_file);
 
 }  // namespace qv::cli

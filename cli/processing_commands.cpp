@@ -4,6 +4,7 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
+#include "cli/conditions.h"
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/filter_dialog.h"
@@ -12,6 +13,7 @@
 #include "processing/numeric.h"
 #include "processing/recalc.h"
 #include "processing/sort.h"
+#include "security/enciphered.h"
 
 namespace qv::cli {
 
@@ -32,13 +34,9 @@ int Sort(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("FIELD[:reverse]", "Up to three sort keys, primary first.");
   const char* usage = "sort FILE FIELD[:reverse] [FIELD[:reverse] [FIELD[:reverse]]]";
-  if (!context.Parse(parser, arguments, 2, usage)) return kUsage;
+  if (!context.Parse(parser, arguments, 2, usage, 1 + kSortKeys)) return kUsage;
   QStringList args = parser.positionalArguments();
-  if (args.size() > 1 + kSortKeys) {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
-  }
-  auto db = context.Open(args.takeFirst().toStdString(), false);  // nothing reads the list
+  auto db = context.Open(args.takeFirst().toStdString(), {}, false);  // nothing reads the list
   if (!db) return kFailed;
   SortKey keys[kSortKeys];
   for (int k = 0; k < args.size(); ++k) {
@@ -74,44 +72,6 @@ bool TakeRange(QStringList& arguments, std::optional<std::pair<QString, QString>
   return arguments.indexOf("--range") < 0;
 }
 
-enum class Want { Contains, Equals, Range, Checked, Nothing };
-
-Want WantedOption(ConstFieldDefinition field) {
-  switch (field.type()) {
-    case kText:
-    case kNote:
-    case kDbPopup:
-    case kConditional:
-    case kLinked: return Want::Contains;
-    case kPopUp: return Want::Equals;
-    case kInteger:
-    case kUnique:
-    case kFloat:
-    case kDate:
-    case kTime:
-    case kCalculated: return Want::Range;
-    case kCheckBox: return Want::Checked;
-    default: return Want::Nothing;
-  }
-}
-
-const char* WantText(Want want) {
-  switch (want) {
-    case Want::Contains: return "--contains TEXT";
-    case Want::Equals: return "--equals TEXT";
-    case Want::Range: return "--range LOW HIGH";
-    case Want::Checked: return "--checked 0|1";
-    case Want::Nothing: return "no value (conditions on it always hold)";
-  }
-  return "";
-}
-
-Condition BlankCondition() {
-  Condition c;
-  c.upper = 65000;  // as in a new database
-  return c;
-}
-
 std::string Describe(const Database& db, int i, const FilterConditionControls& k,
                      const Condition& c) {
   if (!c.in_use) return "off";
@@ -133,8 +93,10 @@ std::string Describe(const Database& db, int i, const FilterConditionControls& k
     case Want::Range:
       if (k.upper.empty()) return out + (k.lower.empty() ? "any value" : "from " + k.lower + " on");
       return out + (k.lower.empty() ? "up to " + k.upper : "from " + k.lower + " to " + k.upper);
-    case Want::Checked: return out + (c.lower ? "is checked" : "is not checked");
-    case Want::Nothing: return out + "(always holds)";
+    case Want::Checked:
+      return out + (c.lower ? "is checked" : "is not checked");
+    case Want::Nothing:
+      return out + "(always holds)";
   }
   return out;
 }
@@ -142,8 +104,8 @@ std::string Describe(const Database& db, int i, const FilterConditionControls& k
 int FilterShow(CliContext& context, Database& db) {
   FilterDialogControls controls = FilterControlsFromDatabase(db, context.options);
   for (int i = 0; i < kConditions; ++i)
-    std::cout << i + 1 << ": " << Describe(db, i, controls.conditions[i], db.definition().condition(i))
-              << '\n';
+    std::cout << i + 1 << ": "
+              << Describe(db, i, controls.conditions[i], db.definition().condition(i)) << '\n';
   std::cout << db.visible.size() << " of " << db.count() << " records pass\n";
   return kOk;
 }
@@ -154,8 +116,7 @@ int FilterClear(CliContext& context, Database& db, const QStringList& rest) {
     bool ok = false;
     int n = rest.front().toInt(&ok);
     if (!ok || n < 1 || n > kConditions) {
-      context.Error("a condition number is 1 to 6");
-      return kUsage;
+      return context.UsageError("a condition number is 1 to 6");
     }
     first = last = n - 1;
   }
@@ -170,12 +131,10 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
   bool ok = false;
   int n = rest.isEmpty() ? 0 : rest.front().toInt(&ok);
   if (!ok || n < 1 || n > kConditions) {
-    context.Error("a condition number is 1 to 6");
-    return kUsage;
+    return context.UsageError("a condition number is 1 to 6");
   }
   if (!parser.isSet("field")) {
-    context.Error("filter set needs --field FIELD");
-    return kUsage;
+    return context.UsageError("filter set needs --field FIELD");
   }
   auto slot = FieldByName(context, db, parser.value("field"));
   if (!slot) return kFailed;
@@ -185,27 +144,27 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
               int{parser.isSet("checked")};
   bool matches = (want == Want::Contains && parser.isSet("contains")) ||
                  (want == Want::Equals && parser.isSet("equals")) ||
-                 (want == Want::Range && range) || (want == Want::Checked && parser.isSet("checked")) ||
-                 want == Want::Nothing;
+                 (want == Want::Range && range) ||
+                 (want == Want::Checked && parser.isSet("checked")) || want == Want::Nothing;
   if (given > 1 || !matches || (want == Want::Nothing && given > 0)) {
-    context.Error(NameOf(db, *slot) + " is a " + std::string(FieldTypeName(field.type())) +
-                  " field: give " + WantText(want));
-    return kUsage;
+    return context.UsageError(NameOf(db, *slot) + " is a " +
+                              std::string(FieldTypeName(field.type())) + " field: give " +
+                              WantText(want));
   }
   FilterConditionControls controls;
   controls.enabled = true;
   controls.field = *slot;
-  controls.must_contain = Utf8ToCp1252(
-      (parser.isSet("contains") ? parser.value("contains") : parser.value("equals")).toStdString());
+  const TextPlace place{"condition", static_cast<std::size_t>(n), field.name()};
+  controls.must_contain = context.Stored(
+      parser.isSet("contains") ? parser.value("contains") : parser.value("equals"), place);
   if (range) {
-    controls.lower = Utf8ToCp1252(range->first.toStdString());
-    controls.upper = Utf8ToCp1252(range->second.toStdString());
+    controls.lower = context.Stored(range->first, place);
+    controls.upper = context.Stored(range->second, place);
   }
   if (parser.isSet("checked")) {
     QString state = parser.value("checked");
     if (state != "0" && state != "1") {
-      context.Error("--checked takes 0 or 1");
-      return kUsage;
+      return context.UsageError("--checked takes 0 or 1");
     }
     controls.checked = state == "1";
   }
@@ -216,8 +175,10 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
     return kFailed;
   }
   c.in_use = 1;
-  c.join = static_cast<std::uint8_t>((parser.isSet("not") ? 0x01 : 0) | (parser.isSet("or") ? 0x02 : 0));
-  c.group = static_cast<std::uint8_t>((parser.isSet("open") ? 0x01 : 0) | (parser.isSet("close") ? 0x02 : 0));
+  c.join =
+      static_cast<std::uint8_t>((parser.isSet("not") ? 0x01 : 0) | (parser.isSet("or") ? 0x02 : 0));
+  c.group = static_cast<std::uint8_t>((parser.isSet("open") ? 0x01 : 0) |
+                                      (parser.isSet("close") ? 0x02 : 0));
   db.definition().set_condition(n - 1, c);
   db.changed = true;
   RebuildFilteredList(db);
@@ -231,14 +192,15 @@ int Filter(CliContext& context, const QStringList& arguments) {
   QStringList args = arguments;
   std::optional<std::pair<QString, QString>> range;
   if (!TakeRange(args, range)) {
-    std::cerr << "qvdb: --range needs LOW and HIGH, once\nusage: qvdb " << usage << '\n';
-    return kUsage;
+    context.usage = usage;
+    return context.UsageError("--range needs LOW and HIGH, once");
   }
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("ACTION", "set, clear or show.");
   parser.addOption({"field", "The field the condition tests.", "field"});
-  parser.addOption({"contains", "Text the value must contain (empty: the value must be empty).", "text"});
+  parser.addOption(
+      {"contains", "Text the value must contain (empty: the value must be empty).", "text"});
   parser.addOption({"equals", "The Pop-Up value to match.", "text"});
   parser.addOption({"checked", "The Check-Box state wanted.", "state"});
   parser.addOption({"not", "Invert the condition."});
@@ -249,15 +211,24 @@ int Filter(CliContext& context, const QStringList& arguments) {
   QStringList rest = parser.positionalArguments();
   std::string path = rest.takeFirst().toStdString();
   QString action = rest.takeFirst();
-  if (action != "set" && action != "clear" && action != "show") {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
-  }
-  auto db = context.Open(path, action == "show");  // set and clear filter again
+  const qsizetype most = action == "show" ? 0 : 1;  // clear [N], set N
+  if ((action != "set" && action != "clear" && action != "show") || rest.size() > most ||
+      (action == "set" && rest.isEmpty()))
+    return context.UsageError(
+        rest.size() > most ? "unexpected argument '" + rest.at(most).toStdString() + "'" : "");
+  auto db = context.Open(path, {}, action == "show");  // set and clear filter again
   if (!db) return kFailed;
   if (action == "show") return FilterShow(context, *db);
   if (action == "clear") return FilterClear(context, *db, rest);
   return FilterSet(context, *db, parser, rest, range);
+}
+
+// Recalculation leaves enciphered records as they are.
+void ReportUntouched(const Database& db) {
+  if (std::size_t n = CountEnciphered(db))
+    std::cerr << "Note: " << n << " enciphered record" << (n == 1 ? " was" : "s were")
+              << " not recalculated (no password given deciphers " << (n == 1 ? "it" : "them")
+              << ")\n";
 }
 
 std::optional<int> FreeSlot(const Database& db) {
@@ -271,29 +242,28 @@ int Calc(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addOption({"field", "The Calculated field to define or redefine.", "name"});
   parser.addOption({"formula", "The formula, for example \"(F1 + F2) * 2\".", "expr"});
-  parser.addOption({"result-kind", "0 decimal (4 places), 1 integer, 2 time, 3 date, "
-                                   "4 to 6: 3 to 1 decimal places.", "kind"});
+  parser.addOption({"result-kind",
+                    "0 decimal (4 places), 1 integer, 2 time, 3 date, "
+                    "4 to 6: 3 to 1 decimal places.",
+                    "kind"});
   const char* usage = "calc FILE --field NAME --formula \"EXPR\" [--result-kind K]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   if (!parser.isSet("field") || !parser.isSet("formula")) {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
+    return context.UsageError("");
   }
   int kind = -1;
   if (parser.isSet("result-kind")) {
     bool ok = false;
     kind = parser.value("result-kind").toInt(&ok);
     if (!ok || kind < 0 || kind > 6) {
-      context.Error("the result kind is 0 to 6");
-      return kUsage;
+      return context.UsageError("the result kind is 0 to 6");
     }
   }
-  std::string name = Utf8ToCp1252(parser.value("field").toStdString());
+  std::string name = context.Stored(parser.value("field"), {nullptr, 0, "field name"});
   if (name.empty() || name.size() > 19) {
-    context.Error("a field name is 1 to 19 characters");
-    return kUsage;
+    return context.UsageError("a field name is 1 to 19 characters");
   }
-  auto db = context.Open(parser.positionalArguments().at(0).toStdString(), false);
+  auto db = context.Open(parser.positionalArguments().at(0).toStdString(), {}, false);
   if (!db) return kFailed;
   DatabaseDefinition& definition = db->definition();
   auto slot = definition.FindField(name);
@@ -316,10 +286,12 @@ int Calc(CliContext& context, const QStringList& arguments) {
   }
   std::string formula = Utf8ToCp1252(parser.value("formula").toStdString());
   if (!BuildFormula(definition, *slot, formula, context.prompter)) return kFailed;
-  if (kind >= 0) definition.field(*slot).bytes()[formula::kResultKind] = static_cast<std::uint8_t>(kind);
+  if (kind >= 0)
+    definition.field(*slot).bytes()[formula::kResultKind] = static_cast<std::uint8_t>(kind);
   db->changed = true;
   int pass = RecalculateFrom(*db, 0, context.prompter);
   RebuildFilteredList(*db);
+  ReportUntouched(*db);
   std::cout << NameOf(*db, *slot) << " = " << Cp1252ToUtf8(FormulaDisplayText(definition, *slot))
             << '\n';
   if (!context.Save(*db)) return kFailed;
@@ -331,10 +303,11 @@ int Recalc(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   if (!context.Parse(parser, arguments, 1, "recalc FILE")) return kUsage;
-  auto db = context.Open(parser.positionalArguments().at(0).toStdString(), false);
+  auto db = context.Open(parser.positionalArguments().at(0).toStdString(), {}, false);
   if (!db) return kFailed;
   int pass = RecalculateFrom(*db, 0, context.prompter);
   RebuildFilteredList(*db);
+  ReportUntouched(*db);
   if (!context.Save(*db)) return kFailed;
   if (pass != 0) context.Error("a record could not be read; the recalculation stopped there");
   return pass == 0 ? kOk : kFailed;
@@ -344,14 +317,25 @@ int Recalc(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> ProcessingCommands() {
   return {
-      {"sort", "sort FILE FIELD[:reverse] [FIELD[:reverse] [FIELD[:reverse]]]", Sort},
+      {"sort", "sort FILE FIELD[:reverse] [FIELD[:reverse] [FIELD[:reverse]]]", Sort,
+       "Stores up to three sort keys in the database and sorts its records by them. To look at "
+       "the records in another order without changing the file, use list --sort.",
+       "sort Stock.PDB Place Qty:reverse"},
       {"filter",
        "filter FILE set N --field F (--contains TEXT | --range LOW HIGH | --checked 0|1 | "
-       "--equals TEXT) [--not] [--or] [--open] [--close]",
-       Filter},
-      {"filter", "filter FILE clear [N] | filter FILE show", Filter},
-      {"calc", "calc FILE --field NAME --formula \"EXPR\" [--result-kind K]", Calc},
-      {"recalc", "recalc FILE", Recalc},
+       "--equals TEXT) [--not] [--or] [--open] [--close] | filter FILE clear [N] | "
+       "filter FILE show",
+       Filter,
+       "Shows, sets or clears the six conditions of the database's stored filter. Reading "
+       "commands cover the records that pass it unless given --all; to look at other records "
+       "without changing the file, use list --where.",
+       "filter Stock.PDB set 1 --field Qty --range 10 100"},
+      {"calc", "calc FILE --field NAME --formula \"EXPR\" [--result-kind K]", Calc,
+       "Defines or redefines a Calculated field by its formula and recalculates every record.",
+       "calc Stock.PDB --field Value --formula \"Qty * Price\""},
+      {"recalc", "recalc FILE", Recalc,
+       "Recalculates the Calculated fields of every record and saves the database.",
+       "recalc Stock.PDB"},
   };
 }
 

@@ -16,29 +16,38 @@ namespace qv::cli {
 
 namespace {
 
-// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them.
-std::optional<std::uint32_t> RecordNumber(const Database& db, const QString& text) {
+// Malformed arguments are bad usage, told before the database is opened (and a password asked).
+int CheckArguments(CliContext& context, const QStringList& numbers,
+                   const QStringList& assignments) {
+  for (const QString& text : numbers) {
+    bool ok = false;
+    if (text.toUInt(&ok) == 0 || !ok)
+      return context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
+  }
+  for (const QString& assignment : assignments)
+    if (assignment.indexOf('=') <= 0)
+      return context.UsageError("expected FIELD=VALUE, not '" + assignment.left(40).toStdString() +
+                                "'");
+  return kOk;
+}
+
+// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them: what is
+// not such a number is bad usage (kUsage), a number past the last record a refusal (kFailed).
+std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& db,
+                                          const QString& text, int& code) {
   bool ok = false;
   uint n = text.toUInt(&ok);
-  if (!ok || n == 0 || n > db.count()) return std::nullopt;
+  if (!ok || n == 0) {
+    code = context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
+    return std::nullopt;
+  }
+  if (n > db.count()) {
+    context.Error("no record " + text.toStdString() + " (the database holds " +
+                  std::to_string(db.count()) + ")");
+    code = kFailed;
+    return std::nullopt;
+  }
   return n - 1;
-}
-
-// The record-close step: marked fields are enciphered again in mode 1, and in mode 2 when the
-// record was enciphered before the edit. Cancelling it keeps the file as it was.
-bool EncipherAfterEdit(CliContext& context, Database& db, std::uint32_t number,
-                       bool was_enciphered) {
-  int mode = GetEncryptionMode(db.definition());
-  if (mode != kEncryptMarkedFields && !(mode == kManualEncryption && was_enciphered)) return true;
-  if (EncipherRecord(db, number, context.ui) != EncipherResult::kCancelled) return true;
-  context.Error("nothing was saved: the record's marked fields are enciphered on close and no "
-                "password was accepted");
-  return false;
-}
-
-bool FieldsEnciphered(const Database& db, std::uint32_t number) {
-  auto header = ReadRecordHeader(db.records[number].data);
-  return header && header->has(kRecordFieldsEnciphered);
 }
 
 int Add(CliContext& context, const QStringList& arguments) {
@@ -47,17 +56,19 @@ int Add(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FIELD=VALUE", "Values of the new record.");
   if (!context.Parse(parser, arguments, 1, "add FILE FIELD=VALUE ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, {}, args.mid(1))) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
-  if (!db || !context.Allowed(*db, kAddRecords)) return kFailed;
+  if (!db) return kFailed;
   RecordValues values = DefaultValues(*db);
   if (db->definition().record_header_on()) {
     RandomBytes random;
     RecordHeader header = NewRecordHeader(random);
     values.prefix.assign(header.bytes.begin(), header.bytes.end());
   }
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
+  if (int code = ApplyAssignments(context, *db, args, kNewRecord, values)) return code;
+  // Stored as the record editor stores it: the encryption mode applies before the save.
   auto number = StoreEditedRecord(context, *db, values, kNewRecord);
-  if (!number || !EncipherAfterEdit(context, *db, *number, false)) return kFailed;
+  if (!number) return kFailed;
   if (!context.Save(*db)) return kFailed;
   std::cout << "added record " << *number + 1 << '\n';
   return kOk;
@@ -68,23 +79,18 @@ int Set(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("RECORD", "Record number, from 1.");
   parser.addPositionalArgument("FIELD=VALUE", "New values.");
-  if (!context.Parse(parser, arguments, 2, "set FILE RECORD FIELD=VALUE ...")) return kUsage;
+  if (!context.Parse(parser, arguments, 3, "set FILE RECORD FIELD=VALUE ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, {args.at(1)}, args.mid(2))) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
-  if (!db || !context.Allowed(*db, kEditRecords)) return kFailed;
-  auto number = RecordNumber(*db, args.front());
-  if (!number) {
-    context.Error("no record " + args.front().toStdString() + " (the database holds " +
-                  std::to_string(db->count()) + ")");
-    return kFailed;
-  }
-  args.removeFirst();
-  bool was_enciphered = FieldsEnciphered(*db, *number);
+  if (!db) return kFailed;
+  int code = kFailed;
+  auto number = RecordNumber(context, *db, args.takeFirst(), code);
+  if (!number) return code;
   if (!DecipherOnRecordOpen(*db, *number, context.ui)) return kFailed;
   RecordValues values = DecodeRecord(db->records[*number].data);
-  if (!ApplyAssignments(context, *db, args, values)) return kFailed;
-  auto stored = StoreEditedRecord(context, *db, values, *number);
-  if (!stored || !EncipherAfterEdit(context, *db, *stored, was_enciphered)) return kFailed;
+  if (int bad = ApplyAssignments(context, *db, args, *number, values)) return bad;
+  if (!StoreEditedRecord(context, *db, values, *number)) return kFailed;
   return context.Save(*db) ? kOk : kFailed;
 }
 
@@ -94,15 +100,14 @@ int Delete(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("RECORD", "Record numbers, from 1.");
   if (!context.Parse(parser, arguments, 2, "delete FILE RECORD ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, args.mid(1), {})) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
-  if (!db || !context.Allowed(*db, kDeleteRecords)) return kFailed;
+  if (!db) return kFailed;
   std::vector<std::uint32_t> numbers;
   for (const QString& arg : args) {
-    auto number = RecordNumber(*db, arg);
-    if (!number) {
-      context.Error("no record " + arg.toStdString());
-      return kFailed;
-    }
+    int code = kFailed;
+    auto number = RecordNumber(context, *db, arg, code);
+    if (!number) return code;
     numbers.push_back(*number);
   }
   if (!DeleteEditedRecords(context, *db, numbers)) return kFailed;
@@ -113,9 +118,15 @@ int Delete(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> RecordCommands() {
   return {
-      {"add", "add FILE FIELD=VALUE ...", Add},
-      {"set", "set FILE RECORD FIELD=VALUE ...", Set},
-      {"delete", "delete FILE RECORD ...", Delete},
+      {"add", "add FILE FIELD=VALUE ...", Add,
+       "Adds a record; fields not named keep their defaults. Values are typed as in the record "
+       "editor (dates and times in --date-format and --time-format).",
+       "add Stock.PDB \"Item=Bolt, M4\" Qty=250 Bought=05/03/2024"},
+      {"set", "set FILE RECORD FIELD=VALUE ...", Set,
+       "Changes values of one record, numbered from 1 as list --numbers shows them.",
+       "set Stock.PDB 3 Qty=240"},
+      {"delete", "delete FILE RECORD ...", Delete,
+       "Deletes records, numbered from 1 as list --numbers shows them.", "delete Stock.PDB 3 7"},
   };
 }
 

@@ -1,5 +1,6 @@
 // qvdb encrypt, decrypt, security.
 
+#include <algorithm>
 #include <iostream>
 #include <set>
 
@@ -60,15 +61,15 @@ int Encrypt(CliContext& context, const QStringList& arguments) {
   const char* usage = "encrypt FILE [--mode 0|1|2] [--field NAME ...] [--record N ...]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
-  if (!db || !context.Allowed(*db, kDbProperties)) return kFailed;
+  if (!db) return kFailed;
   int current = GetEncryptionMode(db->definition());
   int mode = current == kEncryptionDisabled ? kEncryptEntireDatabase : current;
   if (parser.isSet("mode")) {
     bool ok = false;
     mode = parser.value("mode").toInt(&ok);
     if (!ok || mode < 0 || mode > 2) {
-      context.Error("the mode is 0, 1 or 2, not '" + parser.value("mode").toStdString() + "'");
-      return kUsage;
+      return context.UsageError("the mode is 0, 1 or 2, not '" +
+                                parser.value("mode").toStdString() + "'");
     }
   }
   bool marked_new = false;
@@ -79,8 +80,7 @@ int Encrypt(CliContext& context, const QStringList& arguments) {
     return kFailed;
   }
   if (mode != kEncryptEntireDatabase && !AnyFieldMarked(db->definition())) {
-    context.Error("no field is marked for encryption (name one with --field)");
-    return kUsage;
+    return context.UsageError("no field is marked for encryption (name one with --field)");
   }
   SetEncryptionMode(db->definition(), mode);
   if (parser.isSet("record") && !MarkRecords(context, *db, parser.values("record"))) return kFailed;
@@ -99,7 +99,7 @@ int Decrypt(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   if (!context.Parse(parser, arguments, 1, "decrypt FILE")) return kUsage;
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
-  if (!db || !context.Allowed(*db, kDbProperties)) return kFailed;
+  if (!db) return kFailed;
   DatabaseDefinition& definition = db->definition();
   int mode = GetEncryptionMode(definition);
   // Mode 0 bodies were deciphered as the database opened.
@@ -139,10 +139,13 @@ void ShowSecurity(const Database& db) {
     ConstFieldDefinition f = definition.field(slot);
     if (f.used() && f.encrypted()) fields += (fields.empty() ? "" : ", ") + Cp1252ToUtf8(f.name());
   }
+  // As the file holds them: records deciphered in memory for this command count too.
   std::size_t enciphered = 0;
   for (const RecordSlot& r : db.records) {
     auto header = ReadRecordHeader(r.data);
-    if (header && header->has(kRecordFieldsEnciphered)) ++enciphered;
+    bool deciphered = std::find(db.encipher_on_save.begin(), db.encipher_on_save.end(), r.uid) !=
+                      db.encipher_on_save.end();
+    if ((header && header->has(kRecordFieldsEnciphered)) || deciphered) ++enciphered;
   }
   std::cout << (fields.empty() ? "none" : fields) << "\nEnciphered records: " << enciphered
             << " of " << db.count() << '\n';
@@ -179,11 +182,10 @@ int Security(CliContext& context, const QStringList& arguments) {
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   bool changing = parser.isSet("set") || parser.isSet("access-password");
   if (!changing && !parser.isSet("show")) {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
+    return context.UsageError("");
   }
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
-  if (!db || !context.Allowed(*db, kDbProperties)) return kFailed;
+  if (!db) return kFailed;
   for (const QString& rule : parser.values("set"))
     if (!ApplyAccess(context, *db, rule)) return kFailed;
   if (parser.isSet("access-password")) {
@@ -202,9 +204,15 @@ int Security(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> SecurityCommands() {
   return {
-      {"encrypt", "encrypt FILE [--mode 0|1|2] [--field NAME ...] [--record N ...]", Encrypt},
-      {"decrypt", "decrypt FILE", Decrypt},
-      {"security", "security FILE [--show] [--set ACTION=VALUE ...] [--access-password]", Security},
+      {"encrypt", "encrypt FILE [--mode 0|1|2] [--field NAME ...] [--record N ...]", Encrypt,
+       "Enciphers the database under a password asked for: mode 0 whole records, 1 the marked "
+       "fields, 2 the marked fields of marked records.",
+       "encrypt Diary.PDB --mode 1 --field Entry --password-file key.txt"},
+      {"decrypt", "decrypt FILE", Decrypt, "Deciphers every record and switches encryption off.",
+       "decrypt Diary.PDB --password-file key.txt"},
+      {"security", "security FILE [--show] [--set ACTION=VALUE ...] [--access-password]", Security,
+       "Shows or sets who may do what (the access permissions) and the access password.",
+       "security Stock.PDB --set \"Delete Records=Password Required\" --access-password"},
   };
 }
 

@@ -1,14 +1,12 @@
 #include "engine/container.h"
 
-#include <fcntl.h>
-#include <sys/uio.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 
+#include "engine/atomic_file.h"
 #include "engine/text.h"
 
 namespace qv {
@@ -197,99 +195,42 @@ Bytes JoinPieces(const ContainerLayout& layout) {
 }
 
 bool TestForFile(const std::string& path) {
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (!f) return false;
-  std::fclose(f);
+  int fd = OpenRegularFile(path);
+  if (fd < 0) return false;
+  ::close(fd);
   return true;
 }
 
 int ReadHeader(const std::string& path, Header& header) {
-  std::FILE* f = std::fopen(path.c_str(), "rb");
-  if (!f) return 0;
+  int fd = OpenRegularFile(path);
+  if (fd < 0) return 0;
   std::uint8_t bytes[kHeaderSize];
-  std::size_t got = std::fread(bytes, 1, kHeaderSize, f);
-  std::fclose(f);
-  if (got != kHeaderSize) return 0;
+  ssize_t got = ::read(fd, bytes, kHeaderSize);
+  ::close(fd);
+  if (got != static_cast<ssize_t>(kHeaderSize)) return 0;
   header = DecodeHeader(bytes);
   return header.IsQuorvant() ? 1 : -1;
 }
 
-std::optional<Bytes> ReadWholeFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary | std::ios::ate);
-  if (!in) return std::nullopt;
-  std::streamoff size = in.tellg();
-  if (size > 0 && in.seekg(0)) {  // a regular file: one read of the known size
-    Bytes bytes(static_cast<std::size_t>(size));
-    if (in.read(reinterpret_cast<char*>(bytes.data()), size).gcount() == size) return bytes;
-    return std::nullopt;
-  }
-  in.clear();
-  in.seekg(0);
-  Bytes bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  if (in.bad()) return std::nullopt;
-  return bytes;
-}
-
-namespace {
-
-// Writes every piece, many per call; false when the file takes fewer bytes than given.
-bool WritePieces(int fd, std::span<const std::span<const std::uint8_t>> pieces) {
-  constexpr std::size_t kMostPerCall = 512;  // well under IOV_MAX
-  std::vector<iovec> io;
-  io.reserve(std::min(pieces.size(), kMostPerCall));
-  std::size_t next = 0;
-  while (next < pieces.size() || !io.empty()) {
-    while (next < pieces.size() && io.size() < kMostPerCall) {
-      if (!pieces[next].empty())
-        io.push_back({const_cast<std::uint8_t*>(pieces[next].data()), pieces[next].size()});
-      ++next;
-    }
-    if (io.empty()) break;
-    ssize_t n = ::writev(fd, io.data(), static_cast<int>(io.size()));
-    if (n <= 0) return false;
-    // Drop what was written; a short write leaves the rest of a piece at the front.
-    auto done = static_cast<std::size_t>(n);
-    std::size_t k = 0;
-    while (k < io.size() && done >= io[k].iov_len) done -= io[k++].iov_len;
-    io.erase(io.begin(), io.begin() + static_cast<std::ptrdiff_t>(k));
-    if (!io.empty()) {
-      io[0].iov_base = static_cast<std::uint8_t*>(io[0].iov_base) + done;
-      io[0].iov_len -= done;
-    }
-  }
-  return true;
-}
-
-}  // namespace
-
 std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
                                    std::size_t& file_size) {
-  std::ifstream in(path, std::ios::binary | std::ios::ate);
-  if (!in) return std::nullopt;
-  std::streamoff size = in.tellg();
-  if (size < 0 || !in.seekg(0)) return std::nullopt;
-  file_size = static_cast<std::size_t>(size);
-  Bytes bytes(std::min(limit, file_size));
-  auto wanted = static_cast<std::streamsize>(bytes.size());
-  if (in.read(reinterpret_cast<char*>(bytes.data()), wanted).gcount() != wanted)
-    return std::nullopt;
+  int fd = OpenRegularFile(path);
+  if (fd < 0) return std::nullopt;
+  struct stat st;
+  std::optional<Bytes> bytes;
+  if (::fstat(fd, &st) == 0 && static_cast<std::uint64_t>(st.st_size) <= kMaxFileSize) {
+    file_size = static_cast<std::size_t>(st.st_size);
+    Bytes start(std::min(limit, file_size));
+    std::size_t done = 0;
+    while (done < start.size()) {
+      ssize_t n = ::pread(fd, start.data() + done, start.size() - done, static_cast<off_t>(done));
+      if (n <= 0) break;
+      done += static_cast<std::size_t>(n);
+    }
+    if (done == start.size()) bytes = std::move(start);
+  }
+  ::close(fd);
   return bytes;
-}
-
-WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
-  return WriteFileAtomically(path, std::span<const std::span<const std::uint8_t>>(&bytes, 1));
-}
-
-WriteResult WriteFileAtomically(const std::string& path,
-                                std::span<const std::span<const std::uint8_t>> pieces) {
-  std::string temp = path + ".saving";
-  int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  if (fd < 0) return WriteResult::CannotOpen;
-  bool ok = WritePieces(fd, pieces) && ::fsync(fd) == 0;
-  ok = (::close(fd) == 0) && ok;
-  if (ok && std::rename(temp.c_str(), path.c_str()) == 0) return WriteResult::Written;
-  std::remove(temp.c_str());
-  return WriteResult::Failed;
 }
 
 namespace {

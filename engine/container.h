@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/atomic_file.h"
 #include "engine/bytes.h"
 #include "engine/record_data.h"
 #include "platform/prompter.h"
@@ -104,22 +105,14 @@ Bytes JoinPieces(const ContainerLayout& layout);
 void PutRecordEntry(std::uint8_t* out, std::uint32_t offset, std::uint8_t attributes,
                     std::uint32_t uid);
 
-// Opens a file for reading and closes it: whether it can be read.
+// Opens a file for reading and closes it: whether it can be read (regular files only).
 bool TestForFile(const std::string& path);
 // 0 when the file cannot be read, 1 for a header with creator "Qvnt", -1 for any other header.
 int ReadHeader(const std::string& path, Header& header);
 
-std::optional<Bytes> ReadWholeFile(const std::string& path);
-// The first `limit` bytes of a file (fewer when it is shorter) and the file's size.
+// The first `limit` bytes of a regular file (fewer when it is shorter) and the file's size.
 std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
                                    std::size_t& file_size);
-enum class WriteResult { CannotOpen, Failed, Written };
-// Writes a sibling temporary file, flushes it to disk and renames it over the path, so a crash
-// or a full disk leaves either the old file or the new one.
-WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
-// The same for a file given as pieces written one after another.
-WriteResult WriteFileAtomically(const std::string& path,
-                                std::span<const std::span<const std::uint8_t>> pieces);
 
 // Finds the database whose header name is `name` in the folder of `reference_path`: the exact
 // file name, then blanks turned into underscores, then every .PDB file of the folder.

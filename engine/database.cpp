@@ -1,8 +1,10 @@
 #include "engine/database.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 
+#include "engine/field_settings.h"
 #include "engine/format.h"
 #include "engine/text.h"
 
@@ -53,7 +55,9 @@ ReadError ParseParts(const FileImage& image, std::size_t file_size, LoadParts pa
 }
 
 // The start of a file up to its first data record: the header, the list and the schema records.
-std::optional<Bytes> ReadSchemaStart(const std::string& path, std::size_t& file_size) {
+std::optional<Bytes> ReadSchemaStart(const std::string& path, std::size_t& file_size,
+                                     FileStamp& stamp) {
+  stamp = StampOf(path);
   auto start = ReadFileStart(path, kHeaderSize, file_size);
   if (!start || start->size() < kHeaderSize) return start;  // the parse names the fault
   const std::size_t count = GetBE16(start->data() + 76);
@@ -77,8 +81,10 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, Loa
                      Icon::Error);
     return false;
   }
+  FileStamp stamp;
   std::size_t file_size = 0;
-  auto bytes = parts == LoadParts::All ? ReadWholeFile(path) : ReadSchemaStart(path, file_size);
+  auto bytes = parts == LoadParts::All ? ReadWholeFile(path, kMaxFileSize, &stamp)
+                                       : ReadSchemaStart(path, file_size, stamp);
   if (!bytes) {
     prompter.message("Could not initialize file", "Error", Icon::Error);
     return false;
@@ -108,7 +114,10 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, Loa
   }
   fresh.path = path;
   fresh.loaded = true;
+  fresh.disk = stamp;
+  fresh.lock = std::move(db.lock);  // a lock the caller took before reading stays with it
   db = std::move(fresh);
+  RemoveStaleTemporaries(path);
   return true;
 }
 
@@ -123,14 +132,68 @@ Bytes SerializeDatabase(const Database& db) {
   return JoinPieces(LayOutDatabase(db, schema));
 }
 
-bool SaveDatabase(Database& db, const Clock& clock) {
+bool SaveDatabase(Database& db, const Clock& clock, SaveOutcome* outcome) {
+  SaveOutcome local;
+  SaveOutcome& out = outcome ? *outcome : local;
+  out = SaveOutcome{};
+  // Another qvdb command is waited for; a program that keeps the file while it has changes is not.
+  constexpr std::chrono::seconds kPatience{5};
+  if (!db.lock.Holds(db.path) &&
+      LockForUpdate(db.lock, db.path, kPatience, &out.holder) == FileLock::Result::Busy) {
+    out.result = WriteResult::CannotOpen;
+    out.in_use = true;
+    return false;
+  }
   db.header.modification_date = FileTimeNow(clock);
   std::vector<RawRecord> schema;
   ContainerLayout layout = LayOutDatabase(db, schema);
-  WriteResult result = WriteFileAtomically(db.path, layout.pieces);
+  // A reordered table gives a piece per record: those are joined first, one write beats
+  // thousands of small ones.
+  constexpr std::size_t kMostPieces = 64;
+  Bytes joined;
+  std::span<const std::span<const std::uint8_t>> pieces = layout.pieces;
+  std::span<const std::uint8_t> whole;
+  if (layout.pieces.size() > kMostPieces) {
+    joined = JoinPieces(layout);
+    whole = joined;
+    pieces = {&whole, 1};
+  }
+  const FileStamp* expected = db.disk.path == db.path ? &db.disk : nullptr;
+  WriteOutcome written = SaveFileAtomically(db.path, pieces, expected);
+  db.lock.Unlock();  // it was on the file just replaced
+  out.result = written.result;
+  out.error = written.error;
+  if (written.result == WriteResult::Written) db.disk = written.stamp;
   // Cleared whenever the file could be opened, even if writing then failed: deliberate, kept.
-  if (result != WriteResult::CannotOpen) db.changed = false;
-  return result == WriteResult::Written;
+  if (written.result == WriteResult::Failed || written.result == WriteResult::Written)
+    db.changed = false;
+  return written.result == WriteResult::Written;
+}
+
+std::string SaveFailureText(const SaveOutcome& outcome, const std::string& path) {
+  const char* file = path.c_str();
+  if (outcome.in_use) {
+    std::string who = outcome.holder ? outcome.holder->Describe() : "another program";
+    return StringPrintf(
+        "%s is in use by %s, which has changes to it not yet saved; nothing was "
+        "written.",
+        file, who.c_str());
+  }
+  switch (outcome.result) {
+    case WriteResult::Written:
+      return {};
+    case WriteResult::CannotOpen:
+      return StringPrintf("Cannot open %s for writing: %s.", file, std::strerror(outcome.error));
+    case WriteResult::ChangedOnDisk:
+      return StringPrintf(
+          "%s was changed by another program after it was opened; it was not "
+          "overwritten. Save under another name to keep these changes.",
+          file);
+    case WriteResult::Failed:
+      break;
+  }
+  return StringPrintf("Writing %s failed: %s. The file on disk is unchanged.", file,
+                      std::strerror(outcome.error));
 }
 
 // Identifiers only need to differ; one past the largest in use, found once per open database.
@@ -146,7 +209,10 @@ std::uint32_t TakeRecordUid(Database& db) {
 namespace {
 
 Bytes DefaultValue(const Database& db, int slot) {
-  switch (db.definition().field(slot).type()) {
+  ConstFieldDefinition field = db.definition().field(slot);
+  auto preset = FieldDefault(field);
+  if (!preset.empty()) return Bytes(preset.begin(), preset.end());
+  switch (field.type()) {
     case kInteger:
     case kDate:
     case kLink:
@@ -165,7 +231,7 @@ Bytes DefaultValue(const Database& db, int slot) {
       return linked;
     }
     case kUnique: {
-      std::uint32_t next = 0;
+      std::uint32_t next = UniqueStart(field);
       for (const RecordSlot& r : db.records) {
         auto v = ValueBytes(r.data, slot);
         if (v.size() >= 4) next = std::max(next, ValueUInt32(v) + 1);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "engine/container.h"
+#include "engine/file_lock.h"
 #include "engine/record.h"
 #include "engine/schema.h"
 #include "platform/clock.h"
@@ -44,6 +45,15 @@ struct Database {
   std::uint32_t restriction_key = 0;
   // The identifier the next new record takes; 0 until first needed.
   std::uint32_t next_uid = 0;
+  // The file as last read or written: a save refuses to replace a file changed since.
+  FileStamp disk;
+  // Held by whoever is changing the file (see FileLock); saves take it when it is not held.
+  FileLock lock;
+  // Never written to the file. The encryption password given while the database is open, so a
+  // command or session asks once; and, by uid, the records held plain in memory (deciphered
+  // for reading, or stored since the open) that are enciphered again before a save.
+  std::optional<std::string> session_password;
+  std::vector<std::uint32_t> encipher_on_save;
 
   DatabaseDefinition& definition() { return schema.definition; }
   const DatabaseDefinition& definition() const { return schema.definition; }
@@ -71,9 +81,20 @@ Bytes SerializeDatabase(const Database& db);
 // The same file as pieces to write: the schema records encoded into `schema`, which, like the
 // database, must outlive the layout.
 ContainerLayout LayOutDatabase(const Database& db, std::vector<RawRecord>& schema);
-// Stamps the modification date and rewrites the file at db.path through a sibling file. The
-// changed flag is cleared whenever the file could be opened for writing.
-bool SaveDatabase(Database& db, const Clock& clock);
+// Why a save did not write, beyond the file-level results: InUse, another program holds the
+// database's lock.
+struct SaveOutcome {
+  WriteResult result = WriteResult::Written;
+  bool in_use = false;
+  int error = 0;
+  std::optional<LockHolder> holder;
+};
+// Stamps the modification date and rewrites the file at db.path through a sibling file, under
+// the database's lock, unless the file changed on disk since it was read. The changed flag is
+// cleared whenever the file could be opened for writing.
+bool SaveDatabase(Database& db, const Clock& clock, SaveOutcome* outcome = nullptr);
+// Why a save failed, in a sentence for the user; empty after a successful save.
+std::string SaveFailureText(const SaveOutcome& outcome, const std::string& path);
 // Seconds since 1904 for the header, from the clock's local time.
 std::uint32_t FileTimeNow(const Clock& clock);
 

@@ -1,6 +1,7 @@
 #include "engine/text.h"
 
 #include <cstdio>
+#include <optional>
 #include <vector>
 
 namespace qv {
@@ -65,10 +66,10 @@ bool ContainsNoCase(std::string_view hay, std::string_view needle) {
 
 namespace {
 // Windows-1252 code points for 0x80..0x9F; 0 where the code page leaves a hole.
-constexpr char16_t kHigh[32] = {
-    0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0,      0x017D, 0,      0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
+constexpr char16_t kHigh[32] = {0x20AC, 0,      0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0,      0x017D, 0,
+                                0,      0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0,      0x017E, 0x0178};
 
 void AppendUtf8(std::string& out, char32_t cp) {
   if (cp < 0x80) {
@@ -96,32 +97,91 @@ std::string Cp1252ToUtf8(std::string_view text) {
   return out;
 }
 
-std::string Utf8ToCp1252(std::string_view text) {
-  std::string out;
-  out.reserve(text.size());
-  for (size_t i = 0; i < text.size();) {
-    auto c = static_cast<unsigned char>(text[i]);
-    char32_t cp = c;
-    size_t len = 1;
-    if (c >= 0xF0 && i + 3 < text.size() + 0) {
-      len = 4;
-      cp = '?';
-    } else if (c >= 0xE0 && i + 2 < text.size()) {
-      cp = ((c & 0x0F) << 12) | ((text[i + 1] & 0x3F) << 6) | (text[i + 2] & 0x3F);
-      len = 3;
-    } else if (c >= 0xC0 && i + 1 < text.size()) {
-      cp = ((c & 0x1F) << 6) | (text[i + 1] & 0x3F);
-      len = 2;
+namespace {
+
+// The next code point of UTF-8 text at `i`, advancing `i`. A malformed sequence (a stray
+// continuation byte, an overlong form, a surrogate, a value past U+10FFFF, a sequence cut short)
+// gives nothing and advances past its lead byte and the continuation bytes that may still
+// belong to it, so the letters after it are kept.
+std::optional<char32_t> NextCodePoint(std::string_view text, std::size_t& i) {
+  auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
+  const unsigned char c = byte(i++);
+  if (c < 0x80) return c;
+  int extra = c >= 0xC2 && c <= 0xDF   ? 1
+              : c >= 0xE0 && c <= 0xEF ? 2
+              : c >= 0xF0 && c <= 0xF4 ? 3
+                                       : 0;
+  if (extra == 0) return std::nullopt;
+  char32_t cp = c & (0x3F >> extra);
+  for (int k = 0; k < extra; ++k) {
+    if (i >= text.size()) return std::nullopt;
+    const unsigned char next = byte(i);
+    // The second byte's range also rules out overlong forms, surrogates and values too large.
+    unsigned char low = 0x80, high = 0xBF;
+    if (k == 0 && c == 0xE0) low = 0xA0;
+    if (k == 0 && c == 0xED) high = 0x9F;
+    if (k == 0 && c == 0xF0) low = 0x90;
+    if (k == 0 && c == 0xF4) high = 0x8F;
+    if (next < low || next > high) return std::nullopt;
+    cp = (cp << 6) | (next & 0x3F);
+    ++i;
+  }
+  return cp;
+}
+
+char ToCp1252(char32_t cp) {
+  if (cp < 0x80 || (cp >= 0xA0 && cp < 0x100)) return static_cast<char>(cp);
+  // The code page's holes come back as the control characters Cp1252ToUtf8 made of them.
+  if (cp < 0xA0 && kHigh[cp - 0x80] == 0) return static_cast<char>(cp);
+  for (int k = 0; k < 32; ++k)
+    if (kHigh[k] == cp) return static_cast<char>(0x80 + k);
+  return 0;
+}
+
+}  // namespace
+
+StoredText Utf8ToStored(std::string_view text) {
+  StoredText out;
+  out.text.reserve(text.size());
+  for (std::size_t i = 0; i < text.size();) {
+    auto cp = NextCodePoint(text, i);
+    if (!cp) out.valid_utf8 = false;
+    char c = cp ? ToCp1252(*cp) : 0;
+    // A NUL would end the stored text early, so it is replaced like a letter the set lacks.
+    if (c == 0) {
+      c = kReplacement;
+      out.exact = false;
     }
-    i += len;
-    if (cp < 0x80 || (cp >= 0xA0 && cp < 0x100)) {
-      out += static_cast<char>(cp);
+    out.text += c;
+  }
+  return out;
+}
+
+StoredText Cp1252ToStored(std::string_view text) {
+  StoredText out{std::string(text)};
+  for (char& c : out.text) {
+    if (c != 0) continue;
+    c = kReplacement;
+    out.exact = false;
+  }
+  return out;
+}
+
+std::string Utf8ToCp1252(std::string_view text) {
+  return Utf8ToStored(text).text;
+}
+
+std::string ShowUtf8(std::string_view text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size();) {
+    std::size_t start = i;
+    auto cp = NextCodePoint(text, i);
+    if (cp && *cp != 0) {
+      out.append(text.substr(start, i - start));
       continue;
     }
-    char mapped = '?';
-    for (int k = 0; k < 32; ++k)
-      if (kHigh[k] == cp) mapped = static_cast<char>(0x80 + k);
-    out += mapped;
+    for (std::size_t k = start; k < i; ++k)
+      out += StringPrintf("\\x%02X", static_cast<unsigned char>(text[k]));
   }
   return out;
 }

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/prompter.h"
+
 namespace qv {
 
 // Why the password is asked; the caller words the title from it.
@@ -24,6 +26,13 @@ class PasswordPrompter {
   // prompter that has no way to take another entry can give up.
   virtual std::optional<std::string> AskPassword(PasswordMode mode, std::string_view title,
                                                  std::string_view prompt, int attempt) = 0;
+  // A yes/no question about the password just given ("... Continue anyway?"). It is asked here,
+  // not through the Prompter, so that an answer preset for other questions never takes a
+  // password nobody confirmed. The default asks through `prompter`.
+  virtual bool ConfirmPassword(Prompter& prompter, std::string_view text,
+                               std::string_view caption) {
+    return prompter.ask(text, caption, Buttons::YesNo, Icon::Question) == Answer::Yes;
+  }
 };
 
 }  // namespace qv

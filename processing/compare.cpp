@@ -6,6 +6,7 @@
 #include "engine/text.h"
 #include "processing/numeric.h"
 #include "processing/sort.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -116,6 +117,9 @@ namespace {
 int CompareByKeys(const Database& db, const SortKey keys[kSortKeys],
                   std::span<const std::uint8_t> a, std::span<const std::uint8_t> b) {
   if (a.empty() || b.empty() || keys[0].field < 0) return 0;
+  // Enciphered values are no sort keys: such records go after the others, in their order.
+  bool a_enciphered = IsRecordEnciphered(a), b_enciphered = IsRecordEnciphered(b);
+  if (a_enciphered || b_enciphered) return int{a_enciphered} - int{b_enciphered};
   int r = CompareField(db, a, b, keys[0].field, keys[0].forward);
   if (r != 0 || keys[1].field < 0) return r;
   r = CompareField(db, a, b, keys[1].field, keys[1].forward);

@@ -9,6 +9,7 @@
 #include "processing/formula.h"
 #include "processing/recalc.h"
 #include "processing/sort.h"
+#include "security/cipher_session.h"
 
 namespace qv {
 
@@ -41,14 +42,22 @@ std::optional<int> FieldOfHeader(const Database& db, std::string_view cell) {
   return db.definition().FindField(HeaderName(cell));
 }
 
+// A header cell names a field or has the NAME:TYPE shape of one.
+bool HeaderLike(const Database& db, std::string_view cell) {
+  return FieldOfHeader(db, cell) || HeaderName(cell).size() != cell.size();
+}
+
 bool LooksLikeHeader(const Database& db, const CsvRow& row, TextEncoding encoding) {
-  bool any = false;
-  for (const std::string& cell : row.cells) {
-    if (cell.empty()) continue;
-    any = true;
-    if (!FieldOfHeader(db, DecodeFromFile(cell, encoding))) return false;
-  }
-  return any;
+  for (const std::string& cell : row.cells)
+    if (!cell.empty() && HeaderLike(db, TrimBlanks(DecodeFromFile(cell, encoding)))) return true;
+  return false;
+}
+
+std::string FieldNames(const DatabaseDefinition& d) {
+  std::string out;
+  for (int slot : UsedFieldsInDisplayOrder(d))
+    out += (out.empty() ? "" : ", ") + d.field(slot).name();
+  return out;
 }
 
 // The next free number of every Unique field, found once rather than per row.
@@ -126,6 +135,12 @@ void FinishAppend(Database& db, std::uint32_t old_count, Prompter& prompter) {
 
 }  // namespace
 
+std::string_view TrimBlanks(std::string_view cell) {
+  const std::size_t first = cell.find_first_not_of(" \t");
+  if (first == std::string_view::npos) return {};
+  return cell.substr(first, cell.find_last_not_of(" \t") - first + 1);
+}
+
 std::string_view HeaderName(std::string_view cell) {
   std::size_t colon = cell.find(':');
   if (colon == std::string_view::npos || colon == 0) return cell;
@@ -147,25 +162,26 @@ bool MapColumns(const Database& db, const CsvRow* first, CsvHeader header, TextE
   map.header = true;
   if (!first) return true;
   std::array<bool, kFieldSlots> taken{};
+  std::string unknown;
   for (const std::string& file_cell : first->cells) {
-    std::string cell = DecodeFromFile(file_cell, encoding);
-    if (cell.empty()) {
-      map.fields.push_back(-1);
-      continue;
-    }
-    auto slot = FieldOfHeader(db, cell);
-    if (!slot) {
-      error = StringPrintf("the database has no field named '%s'", cell.c_str());
-      return false;
-    }
-    if (taken[*slot]) {
+    const std::string cell(TrimBlanks(DecodeFromFile(file_cell, encoding)));
+    auto slot = cell.empty() ? std::nullopt : FieldOfHeader(db, cell);
+    if (!cell.empty() && !slot) unknown += (unknown.empty() ? "'" : ", '") + cell + "'";
+    if (slot && taken[*slot]) {
       error = StringPrintf("the field '%s' is named twice in the header", cell.c_str());
       return false;
     }
-    taken[*slot] = true;
-    map.fields.push_back(Importable(db.definition().field(*slot).type()) ? *slot : -1);
+    if (slot) taken[*slot] = true;
+    map.fields.push_back(slot && Importable(db.definition().field(*slot).type()) ? *slot : -1);
   }
-  return true;
+  if (unknown.empty()) return true;
+  error = StringPrintf("the header names fields the database does not have: %s; its fields are %s",
+                       unknown.c_str(), FieldNames(db.definition()).c_str());
+  return false;
+}
+
+bool IsBlankRow(const CsvRow& row) {
+  return row.problem.empty() && row.cells.size() == 1 && row.cells[0].empty();
 }
 
 namespace {
@@ -227,8 +243,10 @@ class RowImporter {
   ImportResult Finish() {
     if (!spans_.empty()) {
       auto image = std::make_shared<const Bytes>(std::move(encoded_));
-      for (std::size_t k = 0; k < spans_.size(); ++k)
+      for (std::size_t k = 0; k < spans_.size(); ++k) {
         db_.records[old_count_ + k].data = RecordData(image, spans_[k].first, spans_[k].second);
+        NoteStoredRecord(db_, static_cast<std::uint32_t>(old_count_ + k));
+      }
     }
     if (result_.imported > 0) {
       db_.changed = true;
@@ -254,8 +272,9 @@ class RowImporter {
       if (slot < 0 || row.cells[c].empty()) continue;  // an empty cell keeps the default
       ConstFieldDefinition field = d_.field(slot);
       std::string_view stored = row.cells[c];
-      if (import_options_.encoding == TextEncoding::Utf8 && !IsAscii(stored)) {
-        converted_ = Utf8ToCp1252(stored);
+      if (NeedsConversion(stored, import_options_.encoding)) {
+        converted_ =
+            result_.text.Store(stored, import_options_.encoding, {"line", row.line, field.name()});
         stored = converted_;
       }
       // Parsed into the value's own buffer, so a row costs no allocation per cell.
@@ -300,25 +319,36 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter) {
   RowImporter importer(db, map, import_options, options, prompter);
-  for (std::size_t r = map.header ? 1 : 0; r < rows.size(); ++r)
+  std::size_t r = 0;
+  while (r < rows.size() && IsBlankRow(rows[r])) ++r;
+  for (r += map.header ? 1 : 0; r < rows.size(); ++r)
     if (!importer.Add(rows[r])) break;
   return importer.Finish();
 }
 
-ImportResult ImportCsvText(Database& db, std::string_view text,
-                           const CsvImportOptions& import_options, const FormatOptions& options,
-                           Prompter& prompter) {
+namespace {
+
+// The rows of a text into the database: the columns mapped from its first row that is not blank,
+// or, `by_position`, that row a header and column c the field in slot c.
+ImportResult ImportText(Database& db, std::string_view text,
+                        const CsvImportOptions& import_options, const FormatOptions& options,
+                        Prompter& prompter, bool by_position) {
   // One slot per line at most, taken at once rather than by doubling.
   db.records.reserve(std::min<std::size_t>(
       kMaxDataRecords, db.count() + std::count(text.begin(), text.end(), '\n') + 1));
   CsvReader reader(text, import_options.separator);
   CsvRow row;
-  const bool any = reader.Next(row);
+  bool any = reader.Next(row);
+  while (any && IsBlankRow(row)) any = reader.Next(row);  // blank lines before the first row
   ColumnMap map;
   ImportResult result;
-  if (!MapColumns(db, any ? &row : nullptr, import_options.header, import_options.encoding, map,
-                  result.error))
+  if (by_position) {
+    MapColumns(db, nullptr, CsvHeader::Absent, import_options.encoding, map, result.error);
+    map.header = true;
+  } else if (!MapColumns(db, any ? &row : nullptr, import_options.header,
+                         import_options.encoding, map, result.error)) {
     return result;
+  }
   RowImporter importer(db, map, import_options, options, prompter);
   importer.Expect(text.size());
   bool more = any;
@@ -327,10 +357,24 @@ ImportResult ImportCsvText(Database& db, std::string_view text,
   return importer.Finish();
 }
 
+}  // namespace
+
+ImportResult ImportCsvText(Database& db, std::string_view text,
+                           const CsvImportOptions& import_options, const FormatOptions& options,
+                           Prompter& prompter) {
+  return ImportText(db, text, import_options, options, prompter, false);
+}
+
+ImportResult ImportCsvTextByPosition(Database& db, std::string_view text,
+                                     const CsvImportOptions& import_options,
+                                     const FormatOptions& options, Prompter& prompter) {
+  return ImportText(db, text, import_options, options, prompter, true);
+}
+
 ImportResult ImportCsvFile(Database& db, const std::string& path,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter) {
-  auto bytes = ReadWholeFile(path);
+  auto bytes = ReadInputFile(path);
   if (!bytes) {
     ImportResult result;
     result.error = StringPrintf("ERROR: Cannot Open File: %s for reading", path.c_str());

@@ -14,11 +14,12 @@
 #include "platform/prompter.h"
 #include "processing/csv_reader.h"
 #include "processing/text_encoding.h"
+#include "processing/text_report.h"
 
 namespace qv {
 
 enum class CsvHeader {
-  Auto,     // the first line is a header when every name in it is a field's name
+  Auto,     // the first line is a header when a cell in it names a field or reads NAME:TYPE
   Present,  // the first line names the fields
   Absent,   // columns follow the used fields in display order
 };
@@ -41,6 +42,8 @@ struct ImportResult {
   std::string error;
   std::uint32_t imported = 0;
   std::vector<ImportProblem> problems;
+  TextReport text;                 // values stored other than as the file gave them
+  std::vector<std::string> notes;  // what was decided for the user (as stored)
 };
 
 // How the columns of a file meet the fields: one slot per column, -1 for a column whose cells
@@ -51,11 +54,13 @@ struct ColumnMap {
 };
 
 // Maps the columns from the file's first row (nullptr for an empty file); false (with the
-// reason) when the header names no such field or a field twice.
+// reason) when the header names fields the database lacks (all of them listed, with the
+// database's own) or a field twice. A header maps by name, never by position.
 bool MapColumns(const Database& db, const CsvRow* first, CsvHeader header, TextEncoding encoding,
                 ColumnMap& map, std::string& error);
 
-// Imports rows already read; the columns mapped by MapColumns.
+// Imports rows already read (blank lines before the first one skipped); the columns mapped by
+// MapColumns.
 ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const ColumnMap& map,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter);
@@ -63,11 +68,18 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
 ImportResult ImportCsvText(Database& db, std::string_view text,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter);
+// The rows after the text's header line (the first that is not blank), column c into the field
+// in slot c: for a database just made from the same text.
+ImportResult ImportCsvTextByPosition(Database& db, std::string_view text,
+                                     const CsvImportOptions& import_options,
+                                     const FormatOptions& options, Prompter& prompter);
 ImportResult ImportCsvFile(Database& db, const std::string& path,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter);
 
 // The header cell's field name: "Qty" of "Qty" and of "Qty:Integer[:LENGTH]".
 std::string_view HeaderName(std::string_view cell);
+// A header cell without the blanks around it ("Name, Qty" names Qty).
+std::string_view TrimBlanks(std::string_view cell);
 
 }  // namespace qv

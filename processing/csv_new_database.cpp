@@ -97,17 +97,13 @@ struct ColumnSpec {
   std::string name;
   std::optional<FieldType> type;
   std::optional<unsigned> length;
+  std::vector<std::string> items;  // a Pop-Up's list: NAME:Pop-Up:LENGTH:ITEM|ITEM...
 };
 
 bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec,
                      std::string& error) {
   std::string_view name = HeaderName(cell);
   spec.name = std::string(name.empty() ? StringPrintf("Field %zu", column + 1) : name);
-  if (spec.name.size() > kLongestName) {
-    error = StringPrintf("the field name '%s' is longer than %zu characters", spec.name.c_str(),
-                         kLongestName);
-    return false;
-  }
   if (name.size() == cell.size()) return true;
   std::string_view rest = cell.substr(name.size() + 1);
   std::size_t colon = rest.find(':');
@@ -117,7 +113,17 @@ bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec
     return false;
   }
   if (colon != std::string_view::npos) {
-    std::string digits(rest.substr(colon + 1));
+    std::string_view after = rest.substr(colon + 1);
+    std::size_t items_at = *spec.type == kPopUp ? after.find(':') : std::string_view::npos;
+    if (items_at != std::string_view::npos) {
+      for (std::string_view list = after.substr(items_at + 1); !list.empty();) {
+        std::size_t bar = list.find('|');
+        spec.items.emplace_back(list.substr(0, bar));
+        list = bar == std::string_view::npos ? std::string_view() : list.substr(bar + 1);
+      }
+      after = after.substr(0, items_at);
+    }
+    std::string digits(after);
     char* end = nullptr;
     unsigned long n = std::strtoul(digits.c_str(), &end, 10);
     if (digits.empty() || *end != '\0' || n == 0 || n > kLongestLength) {
@@ -130,8 +136,39 @@ bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec
   return true;
 }
 
-void DefineField(FieldDefinition field, const ColumnSpec& spec, const ColumnGuess& guess) {
-  FieldType type = spec.type ? *spec.type : guess.Type();
+// A name the database does not have yet, at most 19 characters: "Field" again becomes
+// "Field~2", a long name loses its end.
+std::string UniqueName(const DatabaseDefinition& d, const std::string& wanted) {
+  auto cut = [&wanted](std::size_t size) {
+    std::string part = wanted.substr(0, size);
+    part.erase(part.find_last_not_of(' ') + 1);
+    return part;
+  };
+  std::string name = cut(kLongestName);
+  for (int n = 2; d.FindField(name); ++n) {
+    std::string suffix = "~" + std::to_string(n);
+    name = cut(kLongestName - suffix.size()) + suffix;
+  }
+  return name;
+}
+
+// The guessed type, made one that can hold an empty cell when the column has any: an empty
+// cell must not become a number or an unticked box.
+FieldType GuessWithEmpties(const ColumnGuess& cells, bool empties, std::string& note) {
+  FieldType guess = cells.Type();
+  FieldType type = guess;
+  if (empties && guess == kInteger) type = kFloat;
+  if (empties && guess == kCheckBox) type = kText;
+  note = std::string(FieldTypeName(type)) + " (guessed";
+  if (type != guess)
+    note += "; " + std::string(FieldTypeName(guess)) + " cannot hold its empty cells";
+  note += ")";
+  return type;
+}
+
+void DefineField(FieldDefinition field, const ColumnSpec& spec, const ColumnGuess& guess,
+                 bool empties, std::string& note) {
+  FieldType type = spec.type ? *spec.type : GuessWithEmpties(guess, empties, note);
   field.set_type(type);
   field.set_name(spec.name);
   unsigned length = static_cast<unsigned>(
@@ -161,7 +198,9 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
   // from the cells, the second imports the rows.
   CsvReader reader(text, import_options.separator);
   CsvRow row;
-  if (!reader.Next(row) || row.cells.empty()) {
+  bool any = reader.Next(row);
+  while (any && row.cells.size() == 1 && row.cells[0].empty()) any = reader.Next(row);
+  if (!any || row.cells.empty()) {  // nothing but blank lines before it
     result.error = "the file has no header line naming the fields";
     return nullptr;
   }
@@ -172,14 +211,19 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
     return nullptr;
   }
   std::vector<ColumnGuess> guesses(header.size(), ColumnGuess(options));
+  std::vector<bool> empties(header.size(), false);
   std::string converted;
   while (reader.Next(row)) {
-    if (!row.problem.empty()) continue;
-    for (std::size_t c = 0; c < header.size() && c < row.cells.size(); ++c) {
+    const bool blank = row.cells.size() == 1 && row.cells[0].empty() && header.size() > 1;
+    if (!row.problem.empty() || blank) continue;
+    for (std::size_t c = 0; c < header.size(); ++c) {
+      if (c >= row.cells.size() || row.cells[c].empty()) {
+        empties[c] = true;
+        continue;
+      }
       std::string_view cell = row.cells[c];
-      if (cell.empty()) continue;
       if (import_options.encoding == TextEncoding::Utf8 && !IsAscii(cell)) {
-        converted = Utf8ToCp1252(cell);
+        converted = DecodeFromFile(cell, import_options.encoding);
         cell = converted;
       }
       guesses[c].Add(cell);
@@ -188,18 +232,28 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
   auto db = NewDatabase(name, clock);
   for (std::size_t c = 0; c < header.size(); ++c) {
     ColumnSpec spec;
-    if (!ParseHeaderCell(DecodeFromFile(header[c], import_options.encoding), c, spec, result.error))
-      return nullptr;
-    if (db->definition().FindField(spec.name)) {
-      result.error = StringPrintf("the field name '%s' is given twice", spec.name.c_str());
-      return nullptr;
-    }
-    DefineField(db->definition().field(static_cast<int>(c)), spec, guesses[c]);
+    std::string cell =
+        result.text.Store(header[c], import_options.encoding, {nullptr, 0, "field name"});
+    if (!ParseHeaderCell(TrimBlanks(cell), c, spec, result.error)) return nullptr;
+    std::string wanted = spec.name;
+    spec.name = UniqueName(db->definition(), wanted);
+    if (spec.name != wanted)
+      result.notes.push_back(
+          StringPrintf("the column '%s' is the field '%s' (%s)", wanted.c_str(), spec.name.c_str(),
+                       wanted.size() > kLongestName ? "a field name is at most 19 characters"
+                                                    : "the name was given before"));
+    std::string note;
+    const int slot = static_cast<int>(c);
+    DefineField(db->definition().field(slot), spec, guesses[c], empties[c], note);
+    if (!note.empty()) result.notes.push_back(spec.name + ": " + note);
+    if (!spec.items.empty()) db->schema.fields[c].SetItems(spec.items);
   }
-  CsvImportOptions with_header = import_options;
-  with_header.header = CsvHeader::Present;
-  result = ImportCsvText(*db, text, with_header, options, prompter);
-  if (!result.ok) return nullptr;
+  // One field for each column, in order: the header maps by position here alone.
+  ImportResult imported =
+      ImportCsvTextByPosition(*db, text, import_options, options, prompter);
+  imported.text.Merge(result.text);
+  imported.notes = std::move(result.notes);
+  result = std::move(imported);
   return db;
 }
 

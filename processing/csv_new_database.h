@@ -20,9 +20,11 @@ namespace qv {
 // cells longer than 255 characters. Cells as stored (Windows-1252).
 FieldType GuessFieldType(const std::vector<std::string_view>& cells, const FormatOptions& options);
 
-// Builds the database named `name` from the CSV text and imports its rows. Nothing (with
-// result.error set) when the header cannot make fields: no header, more than 100 columns, a
-// name longer than 19 characters or given twice, an unknown type or a bad length.
+// Builds the database named `name` from the CSV text and imports its rows. Names longer than 19
+// characters are shortened and names given twice made unique; result.notes says so, and which
+// types were guessed (a column with empty cells gets a type that can hold them). Nothing (with
+// result.error set) when the header cannot make fields: no header, more than 100 columns, an
+// unknown type or a bad length.
 std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_view text,
                                              const CsvImportOptions& import_options,
                                              const FormatOptions& options, const Clock& clock,

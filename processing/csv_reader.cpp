@@ -2,20 +2,30 @@
 
 namespace qv {
 
+namespace {
+// Line breaks in quoted text, each of LF, CR LF and a lone CR counting once.
+std::size_t LineBreaks(std::string_view text) {
+  std::size_t n = 0;
+  for (std::size_t i = 0; i < text.size(); ++i)
+    n += text[i] == '\n' || (text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n'));
+  return n;
+}
+}  // namespace
+
 void CsvReader::ReadQuoted(CsvRow& row, std::string& cell) {
   ++pos_;  // the opening quote
   while (true) {
     std::size_t quote = text_.find('"', pos_);
     if (quote == std::string_view::npos) {
       std::string_view rest = text_.substr(pos_);
-      for (char c : rest) line_ += c == '\n';
+      line_ += LineBreaks(rest);
       cell.append(rest);
       pos_ = text_.size();
       row.problem = "a quoted value is not closed before the end of the file";
       return;
     }
     std::string_view part = text_.substr(pos_, quote - pos_);
-    for (char c : part) line_ += c == '\n';
+    line_ += LineBreaks(part);
     cell.append(part);
     pos_ = quote + 1;
     if (pos_ < text_.size() && text_[pos_] == '"') {
@@ -50,7 +60,7 @@ bool CsvReader::Next(CsvRow& row) {
       // Anything between the closing quote and the separator is kept but reported.
       std::size_t end = pos_;
       while (end < text_.size() && text_[end] != separator_ && text_[end] != '\n' &&
-             !(text_[end] == '\r' && (end + 1 == text_.size() || text_[end + 1] == '\n')))
+             text_[end] != '\r')
         ++end;
       if (end > pos_ && row.problem.empty())
         row.problem = "text follows the closing quote of value " + std::to_string(count);
@@ -58,11 +68,10 @@ bool CsvReader::Next(CsvRow& row) {
       pos_ = end;
     } else {
       std::size_t end = pos_;
-      while (end < text_.size() && text_[end] != separator_ && text_[end] != '\n') ++end;
-      std::size_t stop = end;
-      if (stop > pos_ && text_[stop - 1] == '\r' && (stop == text_.size() || text_[stop] == '\n'))
-        --stop;  // the CR of a CR LF line end
-      cell.append(text_.substr(pos_, stop - pos_));
+      while (end < text_.size() && text_[end] != separator_ && text_[end] != '\n' &&
+             text_[end] != '\r')
+        ++end;
+      cell.append(text_.substr(pos_, end - pos_));
       pos_ = end;
     }
     if (pos_ < text_.size() && text_[pos_] == separator_) {
@@ -71,11 +80,11 @@ bool CsvReader::Next(CsvRow& row) {
       next_cell();  // a separator at the very end opens one last empty cell
       break;
     }
+    // A line ends with LF, CR LF or CR.
+    const std::size_t before = pos_;
     if (pos_ < text_.size() && text_[pos_] == '\r') ++pos_;
-    if (pos_ < text_.size() && text_[pos_] == '\n') {
-      ++pos_;
-      ++line_;
-    }
+    if (pos_ < text_.size() && text_[pos_] == '\n') ++pos_;
+    line_ += pos_ > before;
     break;
   }
   row.cells.resize(count);

@@ -1,6 +1,6 @@
 #pragma once
 // Reading comma-separated text: quoted cells may hold the separator, doubled quotes and line
-// breaks; lines end with LF or CR LF; a UTF-8 byte-order mark at the start is skipped.
+// breaks; lines end with LF, CR LF or CR; a UTF-8 byte-order mark at the start is skipped.
 
 #include <cstddef>
 #include <string>

@@ -6,6 +6,7 @@
 #include "engine/record.h"
 #include "engine/text.h"
 #include "processing/numeric.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -174,6 +175,8 @@ bool Passes(const Database& db, const Conditions& all, bool any_in_use, std::uin
   if (record.empty()) return false;
   bool restricted = db.restriction_field >= 0;
   if (!any_in_use && !restricted) return true;
+  // Enciphered values cannot be tested: the record is left out.
+  if (IsRecordEnciphered(record)) return false;
   if (restricted && !MatchesRestriction(db, record)) return false;
   int last = 0;
   return Evaluate(db, all, 0, last, record, true, false) != 0;

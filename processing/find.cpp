@@ -4,6 +4,7 @@
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/numeric.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -167,7 +168,7 @@ std::optional<FindMatch> FindRecord(const Database& db, const FindSettings& sett
   if (start < 0) start = 0;
   if (start_field < 0) start_field = 0;
   for (std::uint32_t p = static_cast<std::uint32_t>(start); p < db.count(); ++p) {
-    if (!RecordPassesFilter(db, p)) continue;
+    if (!RecordPassesFilter(db, p) || IsRecordEnciphered(db, p)) continue;
     std::span<const std::uint8_t> record = db.records[p].data;
     auto match = [&](int slot) {
       return FieldMatches(db, record, slot, search, settings.case_sensitive, settings.begins_with,

@@ -9,6 +9,7 @@
 #include "processing/conditional.h"
 #include "processing/filter.h"
 #include "processing/numeric.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -210,9 +211,10 @@ int UpdateCalculatedField(Database& db, int slot, const DatabaseDefinition& defi
 
 std::span<const std::uint8_t> PreviousInDisplayOrder(const Database& db, std::uint32_t position) {
   if (position == 0 || position > db.count()) return {};
-  if (!FilterActive(db)) return db.records[position - 1].data;
-  int p = StepPassingRecords(db, static_cast<int>(position), -1);
-  if (p < 0) return {};
+  int p = FilterActive(db) ? StepPassingRecords(db, static_cast<int>(position), -1)
+                           : static_cast<int>(position) - 1;
+  // An enciphered record has no values to read.
+  if (p < 0 || IsRecordEnciphered(db, static_cast<std::uint32_t>(p))) return {};
   return db.records[static_cast<std::size_t>(p)].data;
 }
 

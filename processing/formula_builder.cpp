@@ -22,16 +22,30 @@ struct Pending {
 constexpr std::string_view kFunctions[] = {"Sqrt", "Sin", "Cos", "Ln", "Log", "Floor", "Ceil"};
 constexpr std::string_view kPairFunctions[] = {"min", "max", "avg"};  // operator ids 5, 6, 7
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsIdentStart(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
-bool IsIdentChar(char c) { return IsIdentStart(c) || IsDigit(c); }
+// Deeper nesting cannot make a program of 11 tokens that means more than a shallower one, and
+// refusing it keeps the recursion of the parser shallow whatever the text.
+constexpr int kMaxNesting = 32;
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+bool IsIdentStart(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+bool IsIdentChar(char c) {
+  return IsIdentStart(c) || IsDigit(c);
+}
 
 class Parser {
  public:
   Parser(const DatabaseDefinition& definition, std::string_view text)
       : def_(definition), s_(text) {}
 
-  bool Parse() { return Expr() && (Skip(), pos_ == s_.size()); }
+  FormulaProblem Parse() {
+    const bool ok = Expr() && (Skip(), pos_ == s_.size());
+    if (too_many_) return FormulaProblem::TooManyTokens;
+    return ok ? FormulaProblem::None : FormulaProblem::Invalid;
+  }
   std::vector<Pending>& tokens() { return out_; }
 
  private:
@@ -47,17 +61,29 @@ class Parser {
     ++pos_;
     return true;
   }
+  // Once the program is full, parsing stops: a long text is refused after 11 tokens.
   void Emit(std::uint8_t kind, int operand, std::string constant = {}) {
+    if (out_.size() == static_cast<std::size_t>(kMaxFormulaTokens)) {
+      too_many_ = true;
+      return;
+    }
     out_.push_back({kind, operand, std::move(constant)});
   }
+  struct Nesting {
+    explicit Nesting(int& depth) : depth_(depth) { ++depth_; }
+    ~Nesting() { --depth_; }
+    int& depth_;
+  };
+  bool TooDeep() const { return depth_ > kMaxNesting || too_many_; }
 
   bool Expr() {
-    if (!Term()) return false;
+    Nesting nesting(depth_);
+    if (TooDeep() || !Term()) return false;
     while (true) {
       char c = Peek();
       if (c != '+' && c != '-') return true;
       ++pos_;
-      if (!Term()) return false;
+      if (too_many_ || !Term()) return false;
       Emit(kOperatorToken, c == '+' ? 2 : 3);
     }
   }
@@ -67,12 +93,15 @@ class Parser {
       char c = Peek();
       if (c != '*' && c != '/') return true;
       ++pos_;
-      if (!Unary()) return false;
+      if (too_many_ || !Unary()) return false;
       Emit(kOperatorToken, c == '*' ? 1 : 0);
     }
   }
+  // Each "-" emits a token before it recurses, so the token limit bounds this recursion.
   bool Unary() {
-    if (Take('+')) return Unary();
+    if (too_many_) return false;
+    while (Take('+')) {
+    }
     if (!Take('-')) return Power();
     std::size_t mark = pos_;
     std::string number;
@@ -148,7 +177,8 @@ class Parser {
     if ((word == "P" || word == "p") && pos_ < s_.size() && (s_[pos_] == '{' || s_[pos_] == '"'))
       return QuotedName(true);
     if (Peek() == '(') return Call(word);
-    if (word.size() >= 2 && (word[0] == 'F' || word[0] == 'f' || word[0] == 'P' || word[0] == 'p') &&
+    if (word.size() >= 2 &&
+        (word[0] == 'F' || word[0] == 'f' || word[0] == 'P' || word[0] == 'p') &&
         std::all_of(word.begin() + 1, word.end(), IsDigit)) {
       int n = TextToLong(word.substr(1));
       return FieldOperand(n - 1, word[0] == 'P' || word[0] == 'p');
@@ -177,6 +207,8 @@ class Parser {
   std::string_view s_;
   std::size_t pos_ = 0;
   std::vector<Pending> out_;
+  int depth_ = 0;
+  bool too_many_ = false;
 };
 
 // A constant text that fits its place (at most 9 characters); long decimals are rounded.
@@ -185,8 +217,8 @@ std::string FittedConstant(const std::string& text) {
   double v = TextToDouble(text);
   for (int precision = 8; precision >= 1; --precision) {
     char buffer[64];
-    auto [end, ec] = std::to_chars(buffer, buffer + sizeof buffer, v, std::chars_format::general,
-                                   precision);
+    auto [end, ec] =
+        std::to_chars(buffer, buffer + sizeof buffer, v, std::chars_format::general, precision);
     if (ec == std::errc() && end - buffer <= 9) return std::string(buffer, end);
   }
   return {};
@@ -248,10 +280,8 @@ std::optional<BuiltFormula> ParseFormula(const DatabaseDefinition& definition,
     return std::nullopt;
   }
   Parser parser(definition, text);
-  if (!parser.Parse()) {
-    problem = FormulaProblem::Invalid;
-    return std::nullopt;
-  }
+  problem = parser.Parse();
+  if (problem != FormulaProblem::None) return std::nullopt;
   std::vector<Pending>& tokens = parser.tokens();
   BuiltFormula built;
   if (tokens.size() > kMaxFormulaTokens || !AssignConstants(tokens, built)) {
@@ -264,7 +294,8 @@ std::optional<BuiltFormula> ParseFormula(const DatabaseDefinition& definition,
     built.kinds[i] = tokens[i].kind;
     built.operands[i] = static_cast<std::uint8_t>(tokens[i].operand);
     if (tokens[i].kind != kFieldOperand) continue;
-    if (tokens[i].operand < 0) built.refers |= field_operands == 0 ? 0x01 : field_operands == 1 ? 0x02 : 0x04;
+    if (tokens[i].operand < 0)
+      built.refers |= field_operands == 0 ? 0x01 : field_operands == 1 ? 0x02 : 0x04;
     ++field_operands;
   }
   return built;
@@ -281,7 +312,8 @@ void ReportFormulaProblem(FormulaProblem problem, Prompter& prompter) {
     case FormulaProblem::TooManyTokens:
       prompter.message("All available operators are used up.", "Error", Icon::Error);
       break;
-    case FormulaProblem::None: break;
+    case FormulaProblem::None:
+      break;
   }
 }
 

@@ -2,23 +2,35 @@
 
 namespace qv {
 
-OutputFile::OutputFile(const std::string& path) : file_(std::fopen(path.c_str(), "wb")) {
-  if (file_) std::setvbuf(file_, nullptr, _IOFBF, 1 << 16);
-}
+namespace {
+constexpr std::size_t kBufferSize = 1 << 16;
+}  // namespace
 
-OutputFile::~OutputFile() {
-  Close();
+OutputFile::OutputFile(const std::string& path) : file_(path) {
+  buffer_.reserve(kBufferSize);
 }
 
 void OutputFile::Write(std::string_view text) {
-  if (!file_ || text.empty()) return;
-  if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) failed_ = true;
+  if (!ok() || failed_ || closed_) return;
+  buffer_.append(text);
+  if (buffer_.size() >= kBufferSize) Flush();
+}
+
+bool OutputFile::Flush() {
+  if (!file_.Write(buffer_.data(), buffer_.size())) failed_ = true;
+  buffer_.clear();
+  return !failed_;
 }
 
 bool OutputFile::Close() {
-  if (!file_) return !failed_;
-  if (std::fclose(file_) != 0) failed_ = true;
-  file_ = nullptr;
+  if (closed_) return !failed_;
+  closed_ = true;
+  if (!ok() || !Flush()) {
+    file_.Discard();
+    failed_ = true;
+    return false;
+  }
+  failed_ = file_.Commit().result != WriteResult::Written;
   return !failed_;
 }
 

@@ -8,6 +8,7 @@
 #include "processing/filter.h"
 #include "processing/formula.h"
 #include "processing/sort.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -70,6 +71,11 @@ int Walk(Database& db, std::uint32_t start, Prompter& prompter, bool only_positi
     if (filtered && !RecordPassesFilter(db, k)) continue;
     RecordData& data = db.records[k].data;
     if (data.empty()) return -1;
+    // Enciphered records keep their values, and give the next one no previous values.
+    if (IsRecordEnciphered(data)) {
+      previous = -1;
+      continue;
+    }
     work.assign(data.begin(), data.end());
     std::span<const std::uint8_t> before =
         previous >= 0 ? std::span<const std::uint8_t>(db.records[static_cast<std::size_t>(previous)].data)
@@ -144,6 +150,7 @@ int RecalculateFrom(Database& db, std::uint32_t start, Prompter& prompter) {
 
 int RecalculateRecord(Database& db, std::uint32_t position, Prompter& prompter) {
   if (position >= db.count() || db.records[position].data.empty()) return -1;
+  if (IsRecordEnciphered(db, position)) return 0;
   Bytes work = db.records[position].data;
   ComputeRecordFormulas(db, db.definition(), work, PreviousInDisplayOrder(db, position), prompter);
   if (work != db.records[position].data) {

@@ -4,6 +4,7 @@
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/output_file.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -44,12 +45,12 @@ bool ExportRecordsAsText(const Database& db, bool all_filtered, const std::strin
   std::string text;
   if (all_filtered) {
     for (std::uint32_t p = 0; p < db.count(); ++p) {
-      if (!RecordPassesFilter(db, p)) continue;
+      if (!RecordPassesFilter(db, p) || IsRecordEnciphered(db, p)) continue;
       text.clear();
       WriteRecordText(db, p, 0, options, text, linked);
       file.Write(EncodeForFile(text, encoding));
     }
-  } else if (db.current < db.count()) {
+  } else if (db.current < db.count() && !IsRecordEnciphered(db, db.current)) {
     WriteRecordText(db, db.current, 0, options, text, linked);
     file.Write(EncodeForFile(text, encoding));
   }

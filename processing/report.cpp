@@ -8,6 +8,7 @@
 #include "processing/filter.h"
 #include "processing/numeric.h"
 #include "processing/output_file.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -37,7 +38,7 @@ std::string Heading(const Database& db, int slot) {
 template <typename Visit>
 void ForEachPassingValue(const Database& db, int slot, Visit visit) {
   for (std::uint32_t p = 0; p < db.count(); ++p) {
-    if (!RecordPassesFilter(db, p)) continue;
+    if (!RecordPassesFilter(db, p) || IsRecordEnciphered(db, p)) continue;
     visit(ValueBytes(db.records[p].data, slot), p);
   }
 }

@@ -1,5 +1,6 @@
 #include "processing/sort.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/recalc.h"
+#include "security/enciphered.h"
 
 namespace qv {
 
@@ -161,9 +163,9 @@ void QuickSort(const Database& db, const KeyPlan* plans, std::vector<SortEntry<N
 
 // Only the keys the comparison can reach take part: up to the first key that is no key.
 template <int N>
-void SortWithKeys(Database& db, const KeyPlan* plans) {
-  std::vector<SortEntry<N>> entries(db.count());
-  for (std::uint32_t i = 0; i < db.count(); ++i) {
+void SortWithKeys(Database& db, const KeyPlan* plans, std::uint32_t count) {
+  std::vector<SortEntry<N>> entries(count);
+  for (std::uint32_t i = 0; i < count; ++i) {
     SortEntry<N>& e = entries[i];
     e.index = i;
     e.record = db.records[i].data;
@@ -181,8 +183,9 @@ void SortWithKeys(Database& db, const KeyPlan* plans) {
   for (std::size_t i = 0; i < entries.size(); ++i) order[i] = entries[i].index;
   std::vector<SortEntry<N>>().swap(entries);
   std::vector<RecordSlot> sorted;
-  sorted.reserve(order.size());
+  sorted.reserve(db.count());
   for (std::uint32_t i : order) sorted.push_back(std::move(db.records[i]));
+  for (std::uint32_t i = count; i < db.count(); ++i) sorted.push_back(std::move(db.records[i]));
   db.records = std::move(sorted);
 }
 
@@ -194,9 +197,14 @@ void SortTable(Database& db, const KeySet& keys) {
                 KindOf(db.definition().field(keys.k[n].field).type())};
     ++n;
   }
-  if (n == 1) SortWithKeys<1>(db, plans);
-  else if (n == 2) SortWithKeys<2>(db, plans);
-  else if (n == 3) SortWithKeys<3>(db, plans);
+  // Enciphered values are no sort keys: those records go after the others, in their order.
+  auto plain_end =
+      std::stable_partition(db.records.begin(), db.records.end(),
+                            [](const RecordSlot& r) { return !IsRecordEnciphered(r.data); });
+  auto count = static_cast<std::uint32_t>(plain_end - db.records.begin());
+  if (n == 1) SortWithKeys<1>(db, plans, count);
+  else if (n == 2) SortWithKeys<2>(db, plans, count);
+  else if (n == 3) SortWithKeys<3>(db, plans, count);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "processing/filter.h"
 #include "processing/recalc.h"
 #include "processing/sort.h"
+#include "security/cipher_session.h"
 
 namespace qv {
 
@@ -46,6 +47,7 @@ std::optional<std::uint32_t> StoreRecordSorted(Database& db, const RecordValues&
   ClearChangedFlags(db);
   RebuildFilteredList(db);
   db.changed = true;
+  NoteStoredRecord(db, position);
   // A resort during the pass may have moved the record again.
   return FindByUid(db, uid).value_or(position);
 }

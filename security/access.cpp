@@ -69,6 +69,17 @@ int AskPassword(SecurityUi& ui, PasswordMode mode, int attempt) {
   }
 }
 
+int AskNewPassword(SecurityUi& ui, PasswordMode mode) {
+  for (int attempt = 0;; ++attempt) {
+    if (AskPassword(ui, mode, attempt) != 1) return 0;
+    // The second entry is a first try of its own: a password given ahead gives it again.
+    auto again = ui.passwords.AskPassword(mode, PasswordTitle(mode), kPasswordAgainPrompt, attempt);
+    if (!again) return 0;
+    if (*again == ui.password_buffer) return 1;
+    ui.prompter.message(kPasswordsDiffer, "ERROR", Icon::Error);
+  }
+}
+
 int CheckAccess(const DatabaseDefinition& definition, int action, bool show_message,
                 SecurityUi& ui) {
   int value = GetAccess(definition, action);
@@ -87,7 +98,7 @@ int CheckAccess(const DatabaseDefinition& definition, int action, bool show_mess
 
 bool ChangeAccessPassword(DatabaseDefinition& definition, SecurityUi& ui) {
   ui.password_buffer = GetAccessPassword(definition);
-  if (AskPassword(ui, PasswordMode::kNewAccess) != 1) return false;
+  if (AskNewPassword(ui, PasswordMode::kNewAccess) != 1) return false;
   SetAccessPassword(definition, ui.password_buffer);
   return true;
 }

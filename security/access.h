@@ -43,6 +43,8 @@ inline constexpr const char* kAccessDeniedCaption = "ACCESS DENIED";
 inline constexpr const char* kNoSecurityAccess =
     "Sorry, You do Not have Security Access to Perform this Operation!";
 inline constexpr const char* kActionNotAllowed = "Action Not Allowed for this Database!";
+inline constexpr const char* kPasswordAgainPrompt = "Please enter the same Password again";
+inline constexpr const char* kPasswordsDiffer = "The two passwords differ. Please try again.";
 
 // The two bits of an action (0 for an action outside 0..7).
 int GetAccess(const DatabaseDefinition& definition, int action);
@@ -65,6 +67,11 @@ std::string_view PasswordTitle(PasswordMode mode);
 // 1 on OK, 0 on Cancel. `attempt` is the number of entries a caller's own retry loop has
 // refused already.
 int AskPassword(SecurityUi& ui, PasswordMode mode, int attempt = 0);
+
+// A new password (an access password, or an encryption password where the database has none
+// yet): asked twice, and again while the two entries differ ("The two passwords differ."). 1 on
+// OK with the password in the shared buffer, 0 on Cancel.
+int AskNewPassword(SecurityUi& ui, PasswordMode mode);
 
 // Whether the action may go ahead: 1 yes, 2 view only (value 3), 0 refused. Value 1 asks for
 // the access password. A refusal says so when `show_message` is set.

@@ -28,11 +28,15 @@ void WriteVerifier(DatabaseDefinition& definition, std::string_view password) {
   SetVerifier(definition, v);
 }
 
-bool CheckVerifier(const DatabaseDefinition& definition, std::string_view password) {
-  Verifier v = GetVerifier(definition);
-  if (!v.present) return true;
+bool VerifierAccepts(const Verifier& verifier, std::string_view password) {
+  Verifier v = verifier;
   CfbDecrypt(v.bytes.data(), v.bytes.size(), MakeKey(password));
   return SumOf(v.bytes) == v.sum;
+}
+
+bool CheckVerifier(const DatabaseDefinition& definition, std::string_view password) {
+  Verifier v = GetVerifier(definition);
+  return !v.present || VerifierAccepts(v, password);
 }
 
 bool EncryptDatabase(Database& db, std::string_view password) {

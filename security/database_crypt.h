@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "engine/database.h"
+#include "security/settings.h"
 
 namespace qv {
 
@@ -14,6 +15,8 @@ void WriteVerifier(DatabaseDefinition& definition, std::string_view password);
 // True when no verifier was ever written, or when the password deciphers it to its sum. The
 // test is 8 bits wide (one wrong password in 256 passes); the record checksums catch the rest.
 bool CheckVerifier(const DatabaseDefinition& definition, std::string_view password);
+// Whether the password deciphers this verifier to its sum (present or not).
+bool VerifierAccepts(const Verifier& verifier, std::string_view password);
 
 // Enciphers every record per the database's mode: 0 the bodies, 1 the marked fields, 2 the
 // marked fields of records marked for manual encryption (the mark is then cleared). Switches

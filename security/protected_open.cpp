@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "engine/record_check.h"
 #include "security/database_crypt.h"
 #include "security/record_crypt.h"
 #include "security/record_header.h"
@@ -11,16 +12,18 @@ namespace qv {
 
 namespace {
 
-// Asks for an encryption password; when a verifier exists and refuses it, asks whether to go on
-// with it anyway (No asks again). False on Cancel.
-bool AskMatchingPassword(const DatabaseDefinition& definition, SecurityUi& ui) {
-  for (int attempt = 0;; ++attempt) {
-    if (AskPassword(ui, PasswordMode::kEncryption, attempt) != 1) return false;
-    if (CheckVerifier(definition, ui.password_buffer)) return true;
-    std::string question = std::string(kRecordPasswordMismatch) + kContinueAnyway;
-    if (ui.prompter.ask(question, "Question", Buttons::YesNo, Icon::Question) == Answer::Yes)
-      return true;
+// Decodes every record body under the key into `records`; false, with `records` as it was,
+// when a record does not read as values (a wrong password that passed the 8-bit verifier).
+bool DecipherBodies(Database& db, const ExpandedKey& key) {
+  std::vector<RecordSlot> kept = db.records;
+  for (std::uint32_t i = 0; i < db.count(); ++i) {
+    if (!DecryptRecordBody(db, i, key)) continue;
+    if (!RecordDecodes(db.definition(), db.records[i].data)) {
+      db.records = std::move(kept);
+      return false;
+    }
   }
+  return true;
 }
 
 }  // namespace
@@ -38,21 +41,44 @@ bool CheckOpenAccess(const DatabaseDefinition& definition, SecurityUi& ui) {
   }
 }
 
+bool AskEncipherPassword(Database& db, SecurityUi& ui) {
+  if (db.session_password) {
+    ui.password_buffer = *db.session_password;
+    return true;
+  }
+  const DatabaseDefinition& definition = db.definition();
+  if (!GetVerifier(definition).present) {
+    if (AskNewPassword(ui, PasswordMode::kEncryption) != 1) return false;
+    db.session_password = ui.password_buffer;
+    return true;
+  }
+  for (int attempt = 0;; ++attempt) {
+    if (AskPassword(ui, PasswordMode::kEncryption, attempt) != 1) return false;
+    std::string question = std::string(kRecordPasswordMismatch) + kContinueAnyway;
+    if (CheckVerifier(definition, ui.password_buffer) ||
+        ui.passwords.ConfirmPassword(ui.prompter, question, "Question")) {
+      db.session_password = ui.password_buffer;
+      return true;
+    }
+  }
+}
+
 bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui) {
   DatabaseDefinition& definition = db.definition();
   if (!IsDatabaseEnciphered(definition)) return true;
+  const bool bodies = GetEncryptionMode(definition) == kEncryptEntireDatabase;
   for (int attempt = 0;; ++attempt) {
     if (AskPassword(ui, PasswordMode::kEncryption, attempt) != 1) return false;
-    if (CheckVerifier(definition, ui.password_buffer)) break;
+    if (CheckVerifier(definition, ui.password_buffer)) {
+      ui.prompter.busy(true);
+      bool decoded = !bodies || DecipherBodies(db, MakeKey(ui.password_buffer));
+      ui.prompter.busy(false);
+      if (decoded) break;
+    }
     ui.prompter.message(kWrongPasswordOnOpen, kAccessDeniedCaption, Icon::Exclamation);
   }
-  if (GetEncryptionMode(definition) == kEncryptEntireDatabase) {
-    ui.prompter.busy(true);
-    ExpandedKey key = MakeKey(ui.password_buffer);
-    for (std::uint32_t i = 0; i < db.count(); ++i) DecryptRecordBody(db, i, key);
-    ui.prompter.busy(false);
-  }
-  // Memory only: closing in mode 0 enciphers again and writes a new verifier.
+  db.session_password = ui.password_buffer;
+  // Memory only: closing in mode 0 enciphers again and sets both once more.
   SetDatabaseEnciphered(definition, false);
   SetVerifierPresent(definition, false);
   return true;
@@ -71,9 +97,13 @@ EncipherResult EncipherOnDatabaseClose(Database& db, SecurityUi& ui) {
   if (GetEncryptionMode(db.definition()) != kEncryptEntireDatabase)
     return EncipherResult::kNotNeeded;
   if (IsDatabaseEnciphered(db.definition()) || db.count() == 0) return EncipherResult::kNotNeeded;
-  if (AskPassword(ui, PasswordMode::kEncryption) != 1) return EncipherResult::kCancelled;
+  // The verifier the database opened with; the session's password still matches it.
+  Verifier opened = GetVerifier(db.definition());
+  opened.present = true;
+  if (!AskEncipherPassword(db, ui)) return EncipherResult::kCancelled;
   ui.prompter.busy(true);
   EncryptDatabase(db, ui.password_buffer);
+  if (VerifierAccepts(opened, ui.password_buffer)) SetVerifier(db.definition(), opened);
   ui.prompter.busy(false);
   return EncipherResult::kEnciphered;
 }
@@ -82,7 +112,7 @@ EncipherResult EncipherRecord(Database& db, std::uint32_t index, SecurityUi& ui)
   if (index >= db.count() || !AnyFieldMarked(db.definition())) return EncipherResult::kNotNeeded;
   auto header = ReadRecordHeader(db.records[index].data);
   if (header && header->has(kRecordFieldsEnciphered)) return EncipherResult::kNotNeeded;
-  if (!AskMatchingPassword(db.definition(), ui)) return EncipherResult::kCancelled;
+  if (!AskEncipherPassword(db, ui)) return EncipherResult::kCancelled;
   EnableRecordHeaders(db);
   EncryptRecordFields(db.definition(), db.records[index].data.edit(), ui.password_buffer);
   db.changed = true;
@@ -98,14 +128,20 @@ bool DecipherOnRecordOpen(Database& db, std::uint32_t index, SecurityUi& ui) {
   if (index >= db.count()) return false;
   auto header = ReadRecordHeader(db.records[index].data);
   if (!header || !header->has(kRecordFieldsEnciphered)) return true;
-  if (AskPassword(ui, PasswordMode::kEncryption) != 1) return false;
+  if (db.session_password) {
+    ui.password_buffer = *db.session_password;
+  } else if (AskPassword(ui, PasswordMode::kEncryption) != 1) {
+    return false;
+  }
   Bytes copy = db.records[index].data;
   if (DecryptRecordFields(db.definition(), copy, MakeKey(ui.password_buffer)) != 1) {
     ui.prompter.message(kRecordNotDecrypted, "Error", Icon::Error);
     return false;
   }
   db.records[index].data = std::move(copy);
-  db.changed = true;
+  db.session_password = ui.password_buffer;
+  // Enciphered again before the file is written.
+  db.encipher_on_save.push_back(db.records[index].uid);
   return true;
 }
 
@@ -124,11 +160,7 @@ int DecryptDatabaseWithPrompt(Database& db, bool include_manual, SecurityUi& ui)
 bool EncryptDatabaseWithPrompt(Database& db, SecurityUi& ui) {
   int mode = GetEncryptionMode(db.definition());
   if (mode == kEncryptionDisabled) return false;
-  if (mode == kEncryptEntireDatabase) {
-    if (AskPassword(ui, PasswordMode::kEncryption) != 1) return false;
-  } else if (!AskMatchingPassword(db.definition(), ui)) {
-    return false;
-  }
+  if (!AskEncipherPassword(db, ui)) return false;
   ui.prompter.busy(true);
   bool done = EncryptDatabase(db, ui.password_buffer);
   ui.prompter.busy(false);

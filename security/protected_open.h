@@ -24,24 +24,34 @@ inline constexpr const char* kContinueAnyway = " Continue anyway?";
 inline constexpr const char* kRecordNotDecrypted =
     "Error: Supplied Password does not properly Decrypt Record!";
 
+// The password to encipher under: the one given in this session, else asked for - checked
+// against the verifier ("... Continue anyway?" when it does not match; No asks again), or,
+// where the database has no verifier yet, a new password asked twice. It becomes the
+// session's password. False on Cancel.
+bool AskEncipherPassword(Database& db, SecurityUi& ui);
+
 // The Open Database check on a database's settings: full access goes on, password required
 // asks for the access password (Cancel stops), anything else says "Action Not Allowed for this
 // Database!".
 bool CheckOpenAccess(const DatabaseDefinition& definition, SecurityUi& ui);
 
 // For a database whose enciphered bit is set: asks for the encryption password until the
-// verifier accepts it (false on Cancel), deciphers every record body in mode 0, then clears
-// the enciphered bit and the verifier-present byte in memory; closing enciphers it again.
+// verifier accepts it and, in mode 0, every record body it deciphers reads as values (false on
+// Cancel), keeps it as the session's password, then clears the enciphered bit and the
+// verifier-present byte in memory; closing enciphers it again.
 bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui);
 
-// Loads the file and runs both steps above. On any failure or refusal `db` is untouched.
+// Loads the file and runs both steps above. A database enciphered record by record (modes 1
+// and 2) keeps its verifier present while open, so a mistyped password is still caught
+// (docs/DIFFERENCES.md). On any failure or refusal `db` is untouched.
 bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui,
                            LoadParts parts = LoadParts::All);
 
 enum class EncipherResult { kNotNeeded, kEnciphered, kCancelled };
 
-// In mode 0, before the database is saved and closed: asks for the password and enciphers every
-// record body. Not needed in other modes or when the bodies are enciphered already.
+// In mode 0, before the database is saved and closed: enciphers every record body under the
+// session's password (AskEncipherPassword), keeping the verifier the database opened with when
+// that password matches it. Not needed in other modes or when the bodies are enciphered.
 EncipherResult EncipherOnDatabaseClose(Database& db, SecurityUi& ui);
 
 // Enciphers the marked fields of one record under a password the user gives, asking "Continue

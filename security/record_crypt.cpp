@@ -1,9 +1,11 @@
 #include "security/record_crypt.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 #include <vector>
 
+#include "engine/record_check.h"
 #include "security/cfb.h"
 #include "security/database_crypt.h"
 #include "security/record_header.h"
@@ -194,14 +196,24 @@ int DecryptRecordFields(const DatabaseDefinition& definition, Bytes& record,
     }
     Decipher(type, plain, key);
     sum += SumOf(plain);
+    // The plaintext of a text was cut at its NUL: a NUL inside means a wrong password.
+    std::size_t text_from = type == kLinked ? 24 : 0;
+    if ((IsStringType(type) || type == kLinked) &&
+        std::find(plain.begin() + static_cast<std::ptrdiff_t>(std::min(text_from, plain.size())),
+                  plain.end(), 0) != plain.end())
+      return 0;
     if (IsStringType(type) || type == kLinked) plain.push_back(0);
     plain_values.emplace_back(slot, std::move(plain));
   }
   if (static_cast<std::uint8_t>(sum) != header->checksum()) return 0;
+  Bytes plain_record = record;
   for (const auto& [slot, plain] : plain_values)
-    record = ReplaceValue(record, definition, slot, plain);
+    plain_record = ReplaceValue(plain_record, definition, slot, plain);
+  // The checksum is 8 bits wide: values that do not read as values mean a wrong password too.
+  if (!RecordDecodes(definition, plain_record)) return 0;
   header->set(kRecordFieldsEnciphered, false);
-  WriteRecordHeader(record, *header);
+  WriteRecordHeader(plain_record, *header);
+  record = std::move(plain_record);
   return 1;
 }
 

@@ -1,5 +1,7 @@
 #include "platform/qt/qt_locale.h"
 
+#include "platform/pattern_check.h"
+
 namespace qv {
 
 namespace {
@@ -7,8 +9,7 @@ namespace {
 // The first character of a pattern that is neither a letter nor a quote: the separator.
 std::string SeparatorOf(const std::string& pattern, const char* fallback) {
   for (char c : pattern)
-    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '\''))
-      return std::string(1, c);
+    if (!((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '\'')) return std::string(1, c);
   return fallback;
 }
 
@@ -41,8 +42,11 @@ Locale LocaleFromQt(const QLocale& qlocale, const Settings* overrides) {
     locale.time_format = WindowsTimePattern(qlocale.timeFormat(QLocale::LongFormat));
   }
   if (overrides) {
-    if (auto d = overrides->read("DateFormat"); d && !d->empty()) locale.short_date = *d;
-    if (auto t = overrides->read("TimeFormat"); t && !t->empty()) locale.time_format = *t;
+    // A pattern the formatter cannot read is ignored rather than showing dates without parts.
+    if (auto d = overrides->read("DateFormat"); d && DatePatternProblem(*d).empty())
+      locale.short_date = *d;
+    if (auto t = overrides->read("TimeFormat"); t && TimePatternProblem(*t).empty())
+      locale.time_format = *t;
   }
   locale.date_separator = SeparatorOf(locale.short_date, "/");
   locale.time_separator = SeparatorOf(locale.time_format, ":");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/atomic_file.h"
 #include "engine/database.h"
 #include "tests/support/builders.h"
 #include "tests/support/fakes.h"
@@ -84,7 +85,7 @@ TEST(RecordData, SaveWritesEveryPieceInOrder) {
   std::vector<Bytes> parts;
   for (int i = 0; i < 1500; ++i) parts.push_back(Bytes(static_cast<std::size_t>(i % 4), i & 0xFF));
   std::vector<std::span<const std::uint8_t>> pieces(parts.begin(), parts.end());
-  ASSERT_EQ(WriteFileAtomically(path, pieces), WriteResult::Written);
+  ASSERT_EQ(SaveFileAtomically(path, pieces).result, WriteResult::Written);
   std::string expected;
   for (const Bytes& p : parts) expected.append(p.begin(), p.end());
   EXPECT_EQ(test::Slurp(path), expected);

@@ -29,6 +29,13 @@ TEST(QtLocale, SettingsOverrideThePatterns) {
   Locale l = LocaleFromQt(QLocale(QLocale::English, QLocale::UnitedStates), &settings);
   EXPECT_EQ(l.short_date, "yyyy-MM-dd");
   EXPECT_EQ(l.date_separator, "-");
+  // A pattern the formatter cannot read is ignored, not shown as dates without parts.
+  settings.write("DateFormat", "%d.%m.%Y");
+  settings.write("TimeFormat", "h:mm tt");
+  Locale ignored = LocaleFromQt(QLocale(QLocale::English, QLocale::UnitedStates), &settings);
+  EXPECT_EQ(ignored.short_date,
+            LocaleFromQt(QLocale(QLocale::English, QLocale::UnitedStates)).short_date);
+  EXPECT_EQ(ignored.time_format, "h:mm:ss tt");
 }
 
 TEST(QtSettings, StringsUnderTheOriginalKeyNames) {

@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "processing/csv_new_database.h"
-#include "tests/support/temp_files.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
+#include "tests/support/temp_files.h"
 
 namespace qv::test {
 namespace {
@@ -74,7 +74,9 @@ TEST_F(CsvImportTest, RefusesAHeaderNamingAnUnknownFieldAndReportsBadCells) {
       DatabaseBuilder().Field("Name", kText, 5).Field("Size", kPopUp).Items({"S", "M"}).Build();
   ImportResult refused = Import(*db, "Name,Colour\na,red\n", {.header = CsvHeader::Present});
   EXPECT_FALSE(refused.ok);
-  EXPECT_EQ(refused.error, "the database has no field named 'Colour'");
+  EXPECT_EQ(refused.error,
+            "the header names fields the database does not have: 'Colour'; its fields are Name, "
+            "Size");
   EXPECT_EQ(db->count(), 0u);
   ImportResult result = Import(*db, "Name,Size\nabcdef,S\nab,XL\n\"open,M\n");
   EXPECT_EQ(result.imported, 0u);
@@ -147,9 +149,6 @@ TEST(CsvNewDatabaseTest, RefusesHeadersThatCannotMakeFields) {
     return NewDatabaseFromCsv("X", text, {}, {}, clock, prompter, result) != nullptr;
   };
   EXPECT_FALSE(make(""));
-  EXPECT_FALSE(make("A,a\n"));
-  EXPECT_EQ(result.error, "the field name 'a' is given twice");
-  EXPECT_FALSE(make("Twenty characters...\n"));
   EXPECT_FALSE(make("A:Text:0\n"));
   EXPECT_FALSE(make("A:Not-Used\n"));
   std::string wide;

@@ -26,7 +26,10 @@ void SetProgram(Database& db, int slot, std::vector<std::pair<int, int>> tokens,
 class FormulaTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    db_ = DatabaseBuilder().Field("A", kInteger).Field("B", kInteger).Field("Result", kCalculated)
+    db_ = DatabaseBuilder()
+              .Field("A", kInteger)
+              .Field("B", kInteger)
+              .Field("Result", kCalculated)
               .Build();
   }
   std::string Compute(std::int32_t a, std::int32_t b) {
@@ -44,11 +47,13 @@ TEST_F(FormulaTest, SumStoredWithTheDecimalsOfItsResultKind) {
   ASSERT_TRUE(BuildFormula(db_->definition(), 2, "F1 + F2", prompter_));
   const std::uint8_t* f = db_->definition().field(2).bytes();
   EXPECT_EQ(f[formula::kCount], 3);
-  EXPECT_EQ(std::vector<int>(f + formula::kKinds, f + formula::kKinds + 3), (std::vector<int>{5, 5, 1}));
+  EXPECT_EQ(std::vector<int>(f + formula::kKinds, f + formula::kKinds + 3),
+            (std::vector<int>{5, 5, 1}));
   EXPECT_EQ(std::vector<int>(f + formula::kOperands, f + formula::kOperands + 3),
             (std::vector<int>{1, 2, 2}));
   EXPECT_EQ(Compute(2, 3), "5.0000");
-  const std::pair<int, const char*> kinds[] = {{1, "5"}, {4, "5.000"}, {5, "5.00"}, {6, "5.0"}, {2, "5"}};
+  const std::pair<int, const char*> kinds[] = {
+      {1, "5"}, {4, "5.000"}, {5, "5.00"}, {6, "5.0"}, {2, "5"}};
   for (auto [kind, text] : kinds) {
     db_->definition().field(2).bytes()[formula::kResultKind] = static_cast<std::uint8_t>(kind);
     EXPECT_EQ(Compute(2, 3), text) << kind;
@@ -117,15 +122,24 @@ TEST_F(FormulaTest, DamagedProgramsGiveDefinedAnswers) {
 }
 
 TEST_F(FormulaTest, OperandsReadEachTypeAsANumber) {
-  auto db = DatabaseBuilder().Options(EuropeanOptions()).Field("Day", kDate).Field("At", kTime)
-                .Field("Done", kCheckBox).Field("Price", kFloat).Field("R", kCalculated).Build();
-  AddRaw(*db, {{0, UInt32Value(1461)}, {1, TimeValue(1, 2, 3)}, {2, CheckValue(true)},
+  auto db = DatabaseBuilder()
+                .Options(EuropeanOptions())
+                .Field("Day", kDate)
+                .Field("At", kTime)
+                .Field("Done", kCheckBox)
+                .Field("Price", kFloat)
+                .Field("R", kCalculated)
+                .Build();
+  AddRaw(*db, {{0, UInt32Value(1461)},
+               {1, TimeValue(1, 2, 3)},
+               {2, CheckValue(true)},
                {3, TextValue("2.5")}});
   ScriptedPrompter p;
   db->definition().field(4).bytes()[formula::kResultKind] = 1;
   auto eval = [&](const char* text) {
     EXPECT_TRUE(BuildFormula(db->definition(), 4, text, p)) << text;
-    return EvaluateFormula(LoadFormulaProgram(db->definition(), 4), db->records[0].data, *db, {}, p);
+    return EvaluateFormula(LoadFormulaProgram(db->definition(), 4), db->records[0].data, *db, {},
+                           p);
   };
   EXPECT_EQ(eval("Day"), 1461);
   EXPECT_EQ(eval("At"), 3723);  // seconds
@@ -134,8 +148,11 @@ TEST_F(FormulaTest, OperandsReadEachTypeAsANumber) {
 }
 
 TEST(FormulaBuilderTest, InfixBecomesPostfix) {
-  auto db = DatabaseBuilder().Field("Unit price", kFloat).Field("Qty", kInteger)
-                .Field("Total", kCalculated).Build();
+  auto db = DatabaseBuilder()
+                .Field("Unit price", kFloat)
+                .Field("Qty", kInteger)
+                .Field("Total", kCalculated)
+                .Build();
   ScriptedPrompter p;
   DatabaseDefinition& d = db->definition();
   ASSERT_TRUE(BuildFormula(d, 2, "(F1 + F2) * 2", p));
@@ -176,6 +193,34 @@ TEST(FormulaBuilderTest, RefusalsKeepTheDefinition) {
   EXPECT_EQ(p.calls()[13].caption, "Error");
 }
 
+TEST(FormulaBuilderTest, LongTextIsRefusedBeforeTheParserGoesDeep) {
+  auto db = DatabaseBuilder().Field("A", kInteger).Field("R", kCalculated).Build();
+  DatabaseDefinition& d = db->definition();
+  auto problem = [&](const std::string& text) {
+    FormulaProblem p;
+    EXPECT_FALSE(ParseFormula(d, text, p)) << text.substr(0, 40);
+    return p;
+  };
+  const std::size_t n = 100000;
+  EXPECT_EQ(problem(std::string(20000, '(') + "1" + std::string(20000, ')')),
+            FormulaProblem::Invalid);
+  EXPECT_EQ(problem(std::string(n, '-') + "1"), FormulaProblem::TooManyTokens);
+  EXPECT_EQ(problem(std::string(n, '-') + "("), FormulaProblem::TooManyTokens);
+  EXPECT_EQ(problem(std::string(n, '+') + "F1 +"), FormulaProblem::Invalid);
+  EXPECT_EQ(problem("Sqrt(" + std::string(n, '(')), FormulaProblem::Invalid);
+  std::string sum = "1";
+  for (std::size_t i = 0; i < n; ++i) sum += "+1";
+  EXPECT_EQ(problem(sum), FormulaProblem::TooManyTokens);
+  std::string power = "2";
+  for (std::size_t i = 0; i < n; ++i) power += "^2";
+  EXPECT_EQ(problem(power), FormulaProblem::TooManyTokens);
+  // What fits in 11 tokens still parses, redundant parentheses and plus signs included.
+  FormulaProblem p;
+  EXPECT_TRUE(ParseFormula(d, std::string(30, '(') + "F1" + std::string(30, ')') + " * 2", p));
+  EXPECT_TRUE(ParseFormula(d, "+++F1 - -F1", p));
+  EXPECT_TRUE(ParseFormula(d, "Sqrt(Sqrt(Sqrt(Sqrt(Sqrt(Sqrt(Sqrt(Sqrt(Sqrt(Sqrt(F1))))))))))", p));
+}
+
 TEST(FormulaBuilderTest, ConstantsShareAndFitTheirPlaces) {
   auto db = DatabaseBuilder().Field("A", kInteger).Field("R", kCalculated).Build();
   ScriptedPrompter p;
@@ -195,8 +240,11 @@ TEST(FormulaBuilderTest, ConstantsShareAndFitTheirPlaces) {
 }
 
 TEST(ComputeRecordFormulasTest, FieldsRefreshInDisplayTableOrder) {
-  auto db = DatabaseBuilder().Field("A", kInteger).Field("Twice", kCalculated)
-                .Field("Plus", kCalculated).Build();
+  auto db = DatabaseBuilder()
+                .Field("A", kInteger)
+                .Field("Twice", kCalculated)
+                .Field("Plus", kCalculated)
+                .Build();
   ScriptedPrompter p;
   ASSERT_TRUE(BuildFormula(db->definition(), 1, "F1 * 2", p));
   ASSERT_TRUE(BuildFormula(db->definition(), 2, "F2 + 1", p));

@@ -75,10 +75,13 @@ TEST_F(AccessTest, AnEmptyAccessPasswordAcceptsAnEmptyEntry) {
 }
 
 TEST_F(AccessTest, SettingTheAccessPasswordAndLabels) {
-  passwords_.Type("new one");
+  // A new password is typed twice; a typo in the second entry asks for both again.
+  passwords_.Type("new one").Type("new 1").Type("new one").Type("new one");
   ASSERT_TRUE(ChangeAccessPassword(definition_, ui_));
   EXPECT_EQ(GetAccessPassword(definition_), "new one");
   EXPECT_EQ(passwords_.calls[0].mode, PasswordMode::kNewAccess);
+  EXPECT_EQ(passwords_.calls.size(), 4u);
+  EXPECT_EQ(prompter_.Messages(), (std::vector<std::string>{kPasswordsDiffer}));
   EXPECT_FALSE(ChangeAccessPassword(definition_, ui_));  // cancelled
   EXPECT_EQ(GetAccessPassword(definition_), "new one");
   SetAccessPassword(definition_, std::string(60, 'x'));

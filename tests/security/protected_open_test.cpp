@@ -84,13 +84,17 @@ TEST_F(ProtectedOpenTest, AnEncipheredDatabaseAsksUntilTheVerifierAccepts) {
   EXPECT_FALSE(IsDatabaseEnciphered(opened.definition()));
   EXPECT_FALSE(GetVerifier(opened.definition()).present);
 
-  // Closing enciphers it again; Cancel leaves it plain.
-  EXPECT_EQ(EncipherOnDatabaseClose(opened, ui_), EncipherResult::kCancelled);
-  EXPECT_EQ(opened.records[0].data, plain[0].data);
-  passwords_.Type("vault");
+  // Closing enciphers it again under the password it opened with, asking nothing, and keeps
+  // the verifier, so a typo at a second prompt can never re-key it.
+  std::size_t asked = passwords_.calls.size();
   EXPECT_EQ(EncipherOnDatabaseClose(opened, ui_), EncipherResult::kEnciphered);
+  EXPECT_EQ(passwords_.calls.size(), asked);
   EXPECT_TRUE(IsDatabaseEnciphered(opened.definition()));
   EXPECT_EQ(FlagsOf(opened, 0), kRecordBodyEnciphered);
+  EXPECT_EQ(GetVerifier(opened.definition()).bytes, GetVerifier(db->definition()).bytes);
+  EXPECT_TRUE(GetVerifier(opened.definition()).present);
+  for (std::uint32_t i = 0; i < opened.count(); ++i)
+    EXPECT_EQ(opened.records[i].data, db->records[i].data);
   EXPECT_EQ(EncipherOnDatabaseClose(opened, ui_), EncipherResult::kNotNeeded);
 }
 
@@ -113,7 +117,8 @@ TEST_F(ProtectedOpenTest, RecordCloseWarnsAboutADifferentPassword) {
                                 "record in this database. Continue anyway?"}));
   EXPECT_EQ(FlagsOf(*db, 0), kRecordFieldsEnciphered);
 
-  // Opening it for editing: a wrong password leaves it enciphered.
+  // Opening it for editing in a later session: a wrong password leaves it enciphered.
+  db->session_password.reset();
   Bytes enciphered = db->records[0].data;
   passwords_.Type("second");
   EXPECT_FALSE(DecipherOnRecordOpen(*db, 0, ui_));
@@ -130,7 +135,7 @@ TEST_F(ProtectedOpenTest, WholeDatabaseDecryptAsksAgainAfterARefusedPassword) {
   auto db = SecretsDatabase(2);
   MarkAll(*db);
   SetEncryptionMode(db->definition(), kEncryptMarkedFields);
-  passwords_.Type("key");
+  passwords_.Type("key").Type("key");  // a new password: typed twice
   ASSERT_TRUE(EncryptDatabaseWithPrompt(*db, ui_));
   std::string refused;
   for (int i = 0; refused.empty(); ++i)
