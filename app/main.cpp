@@ -12,6 +12,7 @@
 #include "app/application.h"
 #include "app/gui_prompter.h"
 #include "app/launch_request.h"
+#include "app/older_format_converter.h"
 #include "app/password_dialog.h"
 #include "app/security_gate.h"
 #include "app/signal_watcher.h"
@@ -54,7 +55,7 @@ int main(int argc, char** argv) {
   qv::app::WidgetDialogs dialogs;
   qv::app::GuiPasswordPrompter passwords;
   qv::app::SecurityAccessGate access(passwords);
-  qv::app::NoFormatConverter converter;
+  qv::app::OlderFormatConverter converter;
   qv::app::NoNotificationHandler alarms;
   qv::app::Application application(qv::app::ApplicationServices{
       settings, paths, clock, prompter, dialogs, access, converter, alarms});

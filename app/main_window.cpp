@@ -28,6 +28,7 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
   setCentralWidget(panel_);
   panel_->setHistory(&history_);
   connect(&history_, &EditHistory::applied, this, &MainWindow::Refresh);
+  transfer_ = std::make_unique<RecordTransfer>(context_, this);
   BuildMenus();
   statusBar()->setSizeGripEnabled(true);
   connect(panel_, &RecordListPanel::databaseChanged, this, &MainWindow::UpdateTitle);
@@ -82,10 +83,10 @@ void MainWindow::BuildMenus() {
   AddCommand(actions, tr("&Delete Records..."), kDeleteRecords);
   AddCommand(actions, tr("Run &Report..."), kRunReport, true, QKeySequence(tr("Ctrl+R")));
   actions->addSeparator();
-  AddCommand(actions, tr("Move Records To..."), kMoveRecords, false);
-  AddCommand(actions, tr("Copy Records To..."), kCopyRecords, false);
+  AddCommand(actions, tr("Move Records To..."), kMoveRecords);
+  AddCommand(actions, tr("Copy Records To..."), kCopyRecords);
   AddCommand(actions, tr("&Export Records..."), kExportRecords, true, QKeySequence(tr("Ctrl+E")));
-  AddCommand(actions, tr("Print Records..."), kPrintRecords, false);
+  AddCommand(actions, tr("Print Records..."), kPrintRecords);
   actions->addSeparator();
   AddCommand(actions, tr("Beam Records..."), kBeamRecords, false);
   AddCommand(actions, tr("Beam Database..."), kBeamDatabase, false);
@@ -161,7 +162,8 @@ void MainWindow::UpdateTitle() {
   for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
                 command::kRunReport, command::kDbProperties, command::kNewRecord, command::kFind,
                 command::kFindAgain, command::kSort, command::kFilter, command::kExportRecords,
-                command::kImportCsv})
+                command::kImportCsv, command::kMoveRecords, command::kCopyRecords,
+                command::kPrintRecords})
     actions_[c]->setEnabled(open);
   statusBar()->showMessage(QString::fromStdString(ListStatusText(context_.workspace)));
 }
@@ -246,6 +248,13 @@ void MainWindow::RunCommand(int command) {
         return;
       case kImportCsv:
         refresh = panel_->data().Import();
+        break;
+      case kPrintRecords:
+        transfer_->Print();
+        return;
+      case kMoveRecords:
+      case kCopyRecords:
+        refresh = transfer_->Transfer(command == kMoveRecords);
         break;
       case kAbout:
         context_.dialogs.ShowAbout();

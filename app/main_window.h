@@ -5,12 +5,14 @@
 #include <QMainWindow>
 #include <map>
 #include <string>
+#include <memory>
 
 #include "app/app_context.h"
 #include "app/edit_history.h"
 #include "app/file_flows.h"
 #include "app/launch_queue.h"
 #include "app/record_list_panel.h"
+#include "app/record_transfer.h"
 
 class QMenu;
 
@@ -33,6 +35,7 @@ class MainWindow : public QMainWindow {
   RecordListPanel* panel() const { return panel_; }
   FileFlows& flows() { return flows_; }
   EditHistory& history() { return history_; }
+  RecordTransfer& transfer() { return *transfer_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -52,6 +55,7 @@ class MainWindow : public QMainWindow {
   FileFlows flows_;
   EditHistory history_;
   RecordListPanel* panel_;
+  std::unique_ptr<RecordTransfer> transfer_;
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
   bool exiting_ = false;

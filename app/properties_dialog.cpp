@@ -222,7 +222,7 @@ QWidget* PropertiesDialog::ViewsPage() {
                             "one from the list above the records."),
                          page));
   connect(edit, &QPushButton::clicked, this, [this] {
-    ViewsDialog dialog(copy_, workspace_.prompter, this);
+    ViewsDialog dialog(copy_, workspace_.options, workspace_.prompter, this);
     dialog.exec();
     FillViews();
   });

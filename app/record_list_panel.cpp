@@ -336,6 +336,7 @@ void RecordListPanel::RunColumnCommand(int column, int command) {
         Refresh();
       }
       return;
+    }
     case command::kHideField:
       StoreListWidth(db, slot, 0);
       Refresh();

@@ -33,5 +33,6 @@ std::vector<Command> ProcessingCommands();  // sort, filter, calc, recalc
 std::vector<Command> ViewCommands();        // views, report, find
 std::vector<Command> ExchangeCommands();    // export, import
 std::vector<Command> FieldCommands();       // field
+std::vector<Command> TransferCommands();    // print, copy, move, convert
 
 }  // namespace qv::cli

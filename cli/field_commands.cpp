@@ -260,13 +260,11 @@ int Field(CliContext& context, const QStringList& arguments) {
                      : action == "move"                                         ? 2
                                                                                 : -1;
   if (wanted < 0 || args.size() != wanted) {
-    context.Error("usage: qvdb " + std::string(kUsageLine));
-    return kUsage;
+    return context.UsageError("");
   }
-  auto db = context.Open(path);
+  auto db = context.Open(path, action.toStdString());
   if (!db) return kFailed;
   if (action == "list") return ListFields(context, *db);
-  if (!context.Allowed(*db, kDbProperties)) return kFailed;
   int result = kOk;
   if (action == "add") {
     result = AddCommand(context, *db, parser, args[0]);
@@ -300,7 +298,10 @@ int Field(CliContext& context, const QStringList& arguments) {
 }  // namespace
 
 std::vector<Command> FieldCommands() {
-  return {{"field", kUsageLine, Field}};
+  return {{"field", kUsageLine, Field,
+           "Lists, adds, changes, moves or deletes fields; a change that would lose values is "
+           "refused unless --force is given. Positions count from 1.",
+           "field Stock.PDB add Colour:Pop-Up --at 2 --popup red --popup blue"}};
 }
 
 }  // namespace qv::cli

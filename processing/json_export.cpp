@@ -7,9 +7,9 @@
 #include "engine/record.h"
 #include "engine/text.h"
 #include "processing/filter.h"
+#include "processing/numeric.h"
 #include "processing/output_file.h"
 #include "security/enciphered.h"
-#include "processing/numeric.h"
 
 namespace qv {
 
@@ -137,6 +137,20 @@ std::string RecordsAsJson(const Database& db, const std::vector<std::uint32_t>& 
   }
   if (!json.lines) out += first ? "]\n" : "\n]\n";
   return out;
+}
+
+bool ExportJson(const Database& db, bool filtered_only, const std::string& path,
+                const FormatOptions& options) {
+  std::vector<std::uint32_t> records = db.visible;
+  if (!filtered_only) {
+    records.resize(db.count());
+    for (std::uint32_t p = 0; p < db.count(); ++p) records[p] = p;
+  }
+  OutputFile file(path);
+  if (!file.ok()) return false;
+  file.Write(RecordsAsJson(db, records, UsedFieldsInDisplayOrder(db.definition()), JsonOptions{},
+                           options));
+  return file.Close();
 }
 
 }  // namespace qv

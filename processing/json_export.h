@@ -34,4 +34,9 @@ std::string RecordsAsJson(const Database& db, const std::vector<std::uint32_t>& 
                           const std::vector<int>& slots, const JsonOptions& json,
                           const FormatOptions& options);
 
+// The application's JSON export: the records that pass the filter (or every record), typed, in
+// display order, written beside `path` and renamed over it. False when it could not be written.
+bool ExportJson(const Database& db, bool filtered_only, const std::string& path,
+                const FormatOptions& options);
+
 }  // namespace qv

@@ -438,13 +438,13 @@ class DataDialogsTest : public QObject {
     };
     close_menu();
     QTest::keyClick(panel->view(), Qt::Key_F10, Qt::ShiftModifier);
-    QCOMPARE(shown, (QStringList{"Sort Forward", "Sort Reverse", "Run Report", "Set Values To..",
-                                 "Hide Field"}));
+    QCOMPARE(shown, (QStringList{"Sort Forward", "Sort Reverse", "Field Properties", "Run Report",
+                                 "Set Values To..", "Hide Field"}));
     shown.clear();
     close_menu();
     QHeaderView* header = panel->view()->horizontalHeader();
     emit header->customContextMenuRequested(QPoint(header->sectionViewportPosition(0) + 4, 4));
-    QCOMPARE(shown.size(), 5);  // the Text field: Run Report refused later, with its message
+    QCOMPARE(shown.size(), 6);  // the Text field: Run Report refused later, with its message
   }
 
   void listFontIsBoldAndNeverSmallerThanTheDesktops() {

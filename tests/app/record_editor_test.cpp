@@ -168,14 +168,14 @@ class RecordEditorTest : public QObject {
     built->definition().field(0).set_encrypted(true);
     SetEncryptionMode(built->definition(), kEncryptMarkedFields);
     h.Install(std::move(built));
-    h.passwords.Type("pw");
+    h.passwords.Type("pw").Type("pw");  // a first password is asked twice
     WhenShown<app::RecordEditorDialog>([](app::RecordEditorDialog* e) {
       QVERIFY(e->control(0)->SetText("hidden words"));
       QVERIFY(e->control(1)->SetText("open words"));
       e->accept();
     });
     h.application.window().panel()->Activate(0);
-    QCOMPARE(h.passwords.calls.size(), std::size_t{1});
+    QCOMPARE(h.passwords.calls.size(), std::size_t{2});
     QCOMPARE(h.passwords.calls[0].mode, PasswordMode::kEncryption);
     auto header = ReadRecordHeader(h.db().records[0].data);
     QVERIFY(header && header->has(kRecordFieldsEnciphered));
@@ -206,7 +206,7 @@ class RecordEditorTest : public QObject {
     built->definition().field(0).set_encrypted(true);
     SetEncryptionMode(built->definition(), kManualEncryption);
     h.Install(std::move(built));
-    h.passwords.Type("pw");
+    h.passwords.Type("pw").Type("pw");  // a first password is asked twice
     WhenShown<app::RecordEditorDialog>([](app::RecordEditorDialog* e) {
       QVERIFY(!e->encryptBox()->isHidden());
       QVERIFY(e->control(0)->SetText("s3cret"));

@@ -16,7 +16,6 @@
 #include "app/filters_dialog.h"
 #include "app/find_dialog.h"
 #include "app/import_dialog.h"
-#include "app/new_database_dialog.h"
 #include "app/preferences_dialog.h"
 #include "app/report_dialog.h"
 #include "app/set_values_dialog.h"
@@ -150,11 +149,6 @@ class ScreenshotTest : public QObject {
     // Every line of the About text is shown whole.
     auto* text = about.findChildren<QLabel*>().last();
     QVERIFY(text->height() >= text->heightForWidth(text->width()));
-    app::NewDatabaseDialog fresh;
-    fresh.AddField("Item", kText);
-    fresh.AddField("Bought", kDate);
-    fresh.AddField("Counted", kCheckBox);
-    Shoot(fresh, "new_database");
   }
 
   void preferences() {
