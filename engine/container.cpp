@@ -194,6 +194,10 @@ Bytes JoinPieces(const ContainerLayout& layout) {
   return out;
 }
 
+Bytes SerializeContainer(const ContainerFile& file) {
+  return JoinPieces(LayOutContainer(file.header, file.records, file.data));
+}
+
 bool TestForFile(const std::string& path) {
   int fd = OpenRegularFile(path);
   if (fd < 0) return false;

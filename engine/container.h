@@ -100,6 +100,8 @@ ContainerLayout LayOutContainer(const Header& header, std::span<const RawRecord>
                                 std::span<const RecordSlot> data);
 // The pieces of a layout as one file image.
 Bytes JoinPieces(const ContainerLayout& layout);
+// The file image of a container: its records, then its data records, end to end.
+Bytes SerializeContainer(const ContainerFile& file);
 
 // The 8-byte record entry: offset big-endian, attribute byte, identifier most significant first.
 void PutRecordEntry(std::uint8_t* out, std::uint32_t offset, std::uint8_t attributes,
