@@ -3,8 +3,10 @@ BUILD      ?= build
 TEST_BUILD ?= build-test
 BENCH_BUILD ?= build-bench
 JOBS       ?= $(shell nproc)
+# The X display the whole-process comparison opens the desktop program on (Xvfb if none answers).
+BENCH_DISPLAY ?= :97
 
-.PHONY: run test build bench deps clean format package install
+.PHONY: run test build bench bench-compare deps clean format package install
 
 deps:
 	@scripts/install-deps
@@ -34,6 +36,12 @@ bench: deps
 	@cmake -S . -B $(BENCH_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUORVANT_BUILD_TESTS=OFF -DQUORVANT_BUILD_BENCH=ON >/dev/null
 	@cmake --build $(BENCH_BUILD) -j $(JOBS)
 	@scripts/run-benchmarks $(BENCH_BUILD)
+
+# Whole processes against the sqlite3 shell, cp and cat on a 65,000-record database.
+bench-compare: deps
+	@cmake -S . -B $(BENCH_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Release -DQUORVANT_BUILD_TESTS=OFF -DQUORVANT_BUILD_BENCH=ON >/dev/null
+	@cmake --build $(BENCH_BUILD) -j $(JOBS) --target qvdb quorvant
+	@python3 bench/compare.py $(BENCH_BUILD)/cli/qvdb --quorvant $(BENCH_BUILD)/app/quorvant --display $(BENCH_DISPLAY)
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -231,6 +231,9 @@ int main(int argc, char** argv) {
   // The measurements need widgets but no screen.
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication app(argc, argv);
+  benchmark::AddCustomContext("comparison",
+                              "in-process: the window inside this process; the whole-process open "
+                              "is timed by bench/gui_open.py (make bench-compare)");
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
   benchmark::Shutdown();

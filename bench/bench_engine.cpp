@@ -32,7 +32,8 @@ void BM_Open(benchmark::State& state) {
     Database db;
     benchmark::DoNotOptimize(LoadDatabase(db, path, quiet));
   }
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * std::filesystem::file_size(path)));
+  state.SetBytesProcessed(
+      static_cast<std::int64_t>(state.iterations() * std::filesystem::file_size(path)));
 }
 BENCHMARK(BM_Open)->Unit(benchmark::kMillisecond);
 
@@ -43,7 +44,8 @@ void BM_Save(benchmark::State& state) {
   db.path = SampleFile() + ".copy";
   SystemClock clock;
   for (auto _ : state) benchmark::DoNotOptimize(SaveDatabase(db, clock));
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * std::filesystem::file_size(db.path)));
+  state.SetBytesProcessed(
+      static_cast<std::int64_t>(state.iterations() * std::filesystem::file_size(db.path)));
 }
 BENCHMARK(BM_Save)->Unit(benchmark::kMillisecond);
 
@@ -52,7 +54,8 @@ void BM_CopyFile(benchmark::State& state) {
   std::string copy = path + ".cp";
   for (auto _ : state)
     std::filesystem::copy_file(path, copy, std::filesystem::copy_options::overwrite_existing);
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * std::filesystem::file_size(path)));
+  state.SetBytesProcessed(
+      static_cast<std::int64_t>(state.iterations() * std::filesystem::file_size(path)));
 }
 BENCHMARK(BM_CopyFile)->Unit(benchmark::kMillisecond);
 
@@ -81,4 +84,11 @@ void BM_StoreEditedRecord(benchmark::State& state) {
 BENCHMARK(BM_StoreEditedRecord);
 
 }  // namespace
+// Says in the output what is compared with what.
+const bool kComparison =
+    (benchmark::AddCustomContext(
+         "comparison",
+         "in-process: open and save against std::filesystem::copy_file, both in this process"),
+     true);
+
 }  // namespace qv::bench

@@ -125,7 +125,8 @@ int CliContext::UsageError(const std::string& text) {
   return kUsage;
 }
 
-std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_view verb) {
+std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_view verb,
+                                           bool list_visible) {
   if (IsStandardStream(path)) return OpenStandardInput(*this);
   // Taken before reading, so the whole read-modify-write of a command is one step for every
   // other writer; the save refuses later if the lock could not be had.
@@ -139,7 +140,18 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_
     return nullptr;
   // Readers get deciphered values when a password is at hand; the rest they leave out.
   if (CountEnciphered(*db) > 0 && passwords.CanAsk()) DecipherForReading(*db, ui);
-  PositionOpenedDatabase(*db, prompter);
+  PositionOpenedDatabase(*db, prompter, list_visible);
+  return db;
+}
+
+std::unique_ptr<Database> CliContext::OpenSchema(const std::string& path) {
+  if (IsStandardStream(path)) return OpenStandardInput(*this);
+  // Nothing is written, so no lock; the records stay unread, so nothing to decipher.
+  auto db = std::make_unique<Database>();
+  if (!OpenProtectedDatabase(*db, path, ui, LoadParts::Schema)) return nullptr;
+  if (auto action = CommandAction(command ? command->name : std::string_view{}, {});
+      action && !Allowed(*db, *action))
+    return nullptr;
   return db;
 }
 

@@ -65,7 +65,11 @@ class CliContext {
   // hand (the rest stay enciphered, and readers leave them out). Nothing (the reason already
   // reported) when it cannot be opened. The database's lock is taken first and held until it is
   // saved or dropped.
-  std::unique_ptr<Database> Open(const std::string& path, std::string_view verb = {});
+  // `list_visible` false skips the filter pass, for commands that filter again before using it.
+  std::unique_ptr<Database> Open(const std::string& path, std::string_view verb = {},
+                                 bool list_visible = true);
+  // The same checks, but only the header and the schema are read: for describing a database.
+  std::unique_ptr<Database> OpenSchema(const std::string& path);
   // Saves through a sibling file; reports "ERROR:File could not be saved" and why on failure
   // (another program holds the file, it changed on disk, it is not writable). What the
   // encryption mode enciphers is enciphered first, under the password this command was given;

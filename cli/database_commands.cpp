@@ -72,7 +72,7 @@ int Info(CliContext& context, const QStringList& arguments) {
   QString format = parser.value("format");
   if (format != "text" && format != "json")
     return context.UsageError("unknown format '" + format.toStdString() + "' (text or json)");
-  auto db = context.Open(parser.positionalArguments().at(0).toStdString());
+  auto db = context.OpenSchema(parser.positionalArguments().at(0).toStdString());
   if (!db) return kFailed;
   if (format == "json") {
     std::cout << InfoJson(*db);
@@ -85,8 +85,8 @@ int Info(CliContext& context, const QStringList& arguments) {
             << "Backed up:     " << FileDateText(h.backup_date) << '\n'
             << "Type:          " << FourChars(h.type) << '\n'
             << "Creator:       " << FourChars(h.creator) << '\n'
-            << "Records:       " << h.record_count << " in the file, " << db->count()
-            << " data records\n\nFields:\n";
+            << "Records:       " << h.record_count << " in the file, "
+            << h.record_count - kSchemaRecords << " data records\n\nFields:\n";
   Table fields;
   fields.headers = {"Slot", "Name", "Type", "Length"};
   for (int slot = 0; slot < kFieldSlots; ++slot) {
@@ -196,6 +196,7 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;
   }
+  bytes.reset();  // the records hold their own bytes: the text's memory is free for the save
   for (const std::string& note : result.notes) std::cout << Cp1252ToUtf8(note) << '\n';
   db->path = path;
   db->disk = StampOf(path);  // a file made meanwhile by another command is not replaced

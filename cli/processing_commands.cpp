@@ -36,7 +36,7 @@ int Sort(CliContext& context, const QStringList& arguments) {
   const char* usage = "sort FILE FIELD[:reverse] [FIELD[:reverse] [FIELD[:reverse]]]";
   if (!context.Parse(parser, arguments, 2, usage, 1 + kSortKeys)) return kUsage;
   QStringList args = parser.positionalArguments();
-  auto db = context.Open(args.takeFirst().toStdString());
+  auto db = context.Open(args.takeFirst().toStdString(), {}, false);  // nothing reads the list
   if (!db) return kFailed;
   SortKey keys[kSortKeys];
   for (int k = 0; k < args.size(); ++k) {
@@ -216,7 +216,7 @@ int Filter(CliContext& context, const QStringList& arguments) {
       (action == "set" && rest.isEmpty()))
     return context.UsageError(
         rest.size() > most ? "unexpected argument '" + rest.at(most).toStdString() + "'" : "");
-  auto db = context.Open(path);
+  auto db = context.Open(path, {}, action == "show");  // set and clear filter again
   if (!db) return kFailed;
   if (action == "show") return FilterShow(context, *db);
   if (action == "clear") return FilterClear(context, *db, rest);
@@ -263,7 +263,7 @@ int Calc(CliContext& context, const QStringList& arguments) {
   if (name.empty() || name.size() > 19) {
     return context.UsageError("a field name is 1 to 19 characters");
   }
-  auto db = context.Open(parser.positionalArguments().at(0).toStdString());
+  auto db = context.Open(parser.positionalArguments().at(0).toStdString(), {}, false);
   if (!db) return kFailed;
   DatabaseDefinition& definition = db->definition();
   auto slot = definition.FindField(name);
@@ -303,7 +303,7 @@ int Recalc(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   if (!context.Parse(parser, arguments, 1, "recalc FILE")) return kUsage;
-  auto db = context.Open(parser.positionalArguments().at(0).toStdString());
+  auto db = context.Open(parser.positionalArguments().at(0).toStdString(), {}, false);
   if (!db) return kFailed;
   int pass = RecalculateFrom(*db, 0, context.prompter);
   RebuildFilteredList(*db);

@@ -42,11 +42,10 @@ bool MarkRecords(CliContext& context, Database& db, const QStringList& numbers) 
       context.Error("no record " + text.toStdString());
       return false;
     }
-    Bytes& record = db.records[n - 1].data;
-    auto header = ReadRecordHeader(record);
+    auto header = ReadRecordHeader(db.records[n - 1].data);
     if (!header) continue;
     header->set(kRecordManualEncrypt, true);
-    WriteRecordHeader(record, *header);
+    WriteRecordHeader(db.records[n - 1].data.edit(), *header);
   }
   db.changed = true;
   return true;

@@ -283,8 +283,18 @@ void AtomicFile::Discard() {
 
 WriteOutcome SaveFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes,
                                 const FileStamp* expected) {
+  return SaveFileAtomically(path, std::span<const std::span<const std::uint8_t>>(&bytes, 1),
+                            expected);
+}
+
+WriteOutcome SaveFileAtomically(const std::string& path,
+                                std::span<const std::span<const std::uint8_t>> pieces,
+                                const FileStamp* expected) {
   AtomicFile file(path);
-  if (!file.Write(bytes.data(), bytes.size())) {
+  bool written = file.ok();
+  for (std::size_t i = 0; written && i < pieces.size(); ++i)
+    written = file.Write(pieces[i].data(), pieces[i].size());
+  if (!written) {
     WriteOutcome out;
     out.result = file.ok() ? WriteResult::Failed : WriteResult::CannotOpen;
     out.error = file.error();

@@ -88,6 +88,10 @@ class AtomicFile {
 // Writes `bytes` as the file at `path` through an AtomicFile.
 WriteOutcome SaveFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes,
                                 const FileStamp* expected = nullptr);
+// The same for a file given as pieces written one after another.
+WriteOutcome SaveFileAtomically(const std::string& path,
+                                std::span<const std::span<const std::uint8_t>> pieces,
+                                const FileStamp* expected = nullptr);
 WriteResult WriteFileAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
 
 // Removes the temporaries that saves of `path` left behind when they were killed; those of a

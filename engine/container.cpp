@@ -1,10 +1,12 @@
 #include "engine/container.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 
+#include "engine/atomic_file.h"
 #include "engine/text.h"
 
 namespace qv {
@@ -76,8 +78,11 @@ void PutRecordEntry(std::uint8_t* out, std::uint32_t offset, std::uint8_t attrib
   out[7] = static_cast<std::uint8_t>(uid);
 }
 
-ParseResult ParseContainer(std::span<const std::uint8_t> image) {
+namespace {
+
+ParseResult ParseRecords(const FileImage& image_owner, std::size_t file_size, bool with_data) {
   ParseResult result;
+  std::span<const std::uint8_t> image(*image_owner);
   if (image.size() < kHeaderSize) {
     result.error = ReadError::BadHeader;
     return result;
@@ -98,19 +103,14 @@ ParseResult ParseContainer(std::span<const std::uint8_t> image) {
     result.error = ReadError::CannotRead;
     return result;
   }
-  std::vector<std::uint32_t> offsets(count);
-  file.records.resize(count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint8_t* e = image.data() + kHeaderSize + kEntrySize * i;
-    offsets[i] = GetBE32(e);
-    file.records[i].attributes = e[4];
-    file.records[i].uid = (std::uint32_t{e[5]} << 16) | (std::uint32_t{e[6]} << 8) | e[7];
-  }
+  file.records.resize(kSchemaRecords);
+  if (with_data) file.data.resize(count - kSchemaRecords);
   // Records must lie after the list, inside the file, in list order; the last one runs to the end.
   for (std::size_t i = 0; i < count; ++i) {
-    std::size_t begin = offsets[i];
-    std::size_t end = i + 1 < count ? offsets[i + 1] : image.size();
-    if (begin < list_end || begin > image.size() || end < begin || end > image.size()) {
+    const std::uint8_t* e = image.data() + kHeaderSize + kEntrySize * i;
+    std::size_t begin = GetBE32(e);
+    std::size_t end = i + 1 < count ? GetBE32(e + kEntrySize) : file_size;
+    if (begin < list_end || begin > file_size || end < begin || end > file_size) {
       if (i < kSchemaRecords) {
         result.error = ReadError::CannotRead;
       } else {
@@ -119,31 +119,83 @@ ParseResult ParseContainer(std::span<const std::uint8_t> image) {
       }
       return result;
     }
-    file.records[i].data.assign(image.begin() + begin, image.begin() + end);
+    if (i >= kSchemaRecords && !with_data) continue;
+    if (end > image.size()) {  // a start that stops short of the schema records
+      result.error = ReadError::CannotRead;
+      return result;
+    }
+    std::uint32_t uid = (std::uint32_t{e[5]} << 16) | (std::uint32_t{e[6]} << 8) | e[7];
+    RecordData data(image_owner, begin, end - begin);
+    if (i < kSchemaRecords)
+      file.records[i] = {std::move(data), e[4], uid};
+    else
+      file.data[i - kSchemaRecords] = {std::move(data), uid, e[4]};
   }
   result.file = std::move(file);
   return result;
 }
 
-Bytes SerializeContainer(const ContainerFile& file) {
-  const std::size_t count = file.records.size();
-  std::size_t total = kHeaderSize + kEntrySize * count + 2 + kAppInfoSize;
-  for (const auto& r : file.records) total += r.data.size();
-  Bytes out(total, 0);
-  Header header = file.header;
-  header.record_count = static_cast<std::uint16_t>(count);
-  header.app_info_offset = static_cast<std::uint32_t>(kHeaderSize + kEntrySize * count + 2);
-  auto encoded = EncodeHeader(header);
-  std::copy(encoded.begin(), encoded.end(), out.begin());
-  std::size_t offset = header.app_info_offset + kAppInfoSize;
-  for (std::size_t i = 0; i < count; ++i) {
-    const RawRecord& r = file.records[i];
-    PutRecordEntry(out.data() + kHeaderSize + kEntrySize * i, static_cast<std::uint32_t>(offset),
-                   r.attributes, r.uid);
-    std::copy(r.data.begin(), r.data.end(), out.begin() + static_cast<std::ptrdiff_t>(offset));
-    offset += r.data.size();
-  }
+}  // namespace
+
+ParseResult ParseContainer(const FileImage& image) {
+  return ParseRecords(image, image->size(), true);
+}
+
+ParseResult ParseContainerStart(const FileImage& start, std::size_t file_size) {
+  return ParseRecords(start, file_size, false);
+}
+
+std::size_t ContainerLayout::size() const {
+  std::size_t total = 0;
+  for (const auto& piece : pieces) total += piece.size();
+  return total;
+}
+
+namespace {
+
+// Appends a record's entry and its bytes, joined to the last piece when they follow it in memory.
+void AddRecord(ContainerLayout& layout, std::size_t index, std::size_t& offset,
+               std::span<const std::uint8_t> data, std::uint8_t attributes, std::uint32_t uid) {
+  PutRecordEntry(layout.head.data() + kHeaderSize + kEntrySize * index,
+                 static_cast<std::uint32_t>(offset), attributes, uid);
+  offset += data.size();
+  if (data.empty()) return;
+  auto& last = layout.pieces.back();
+  if (layout.pieces.size() > 1 && last.data() + last.size() == data.data())
+    last = {last.data(), last.size() + data.size()};
+  else
+    layout.pieces.push_back(data);
+}
+
+}  // namespace
+
+ContainerLayout LayOutContainer(const Header& header, std::span<const RawRecord> schema,
+                                std::span<const RecordSlot> data) {
+  const std::size_t count = schema.size() + data.size();
+  ContainerLayout layout;
+  layout.head.assign(kHeaderSize + kEntrySize * count + 2 + kAppInfoSize, 0);
+  Header h = header;
+  h.record_count = static_cast<std::uint16_t>(count);
+  h.app_info_offset = static_cast<std::uint32_t>(kHeaderSize + kEntrySize * count + 2);
+  auto encoded = EncodeHeader(h);
+  std::copy(encoded.begin(), encoded.end(), layout.head.begin());
+  layout.pieces.push_back(layout.head);
+  std::size_t offset = layout.head.size();
+  std::size_t index = 0;
+  for (const RawRecord& r : schema) AddRecord(layout, index++, offset, r.data, r.attributes, r.uid);
+  for (const RecordSlot& r : data) AddRecord(layout, index++, offset, r.data, r.attributes, r.uid);
+  return layout;
+}
+
+Bytes JoinPieces(const ContainerLayout& layout) {
+  Bytes out;
+  out.reserve(layout.size());
+  for (const auto& piece : layout.pieces) out.insert(out.end(), piece.begin(), piece.end());
   return out;
+}
+
+Bytes SerializeContainer(const ContainerFile& file) {
+  return JoinPieces(LayOutContainer(file.header, file.records, file.data));
 }
 
 bool TestForFile(const std::string& path) {
@@ -162,6 +214,27 @@ int ReadHeader(const std::string& path, Header& header) {
   if (got != static_cast<ssize_t>(kHeaderSize)) return 0;
   header = DecodeHeader(bytes);
   return header.IsQuorvant() ? 1 : -1;
+}
+
+std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
+                                   std::size_t& file_size) {
+  int fd = OpenRegularFile(path);
+  if (fd < 0) return std::nullopt;
+  struct stat st;
+  std::optional<Bytes> bytes;
+  if (::fstat(fd, &st) == 0 && static_cast<std::uint64_t>(st.st_size) <= kMaxFileSize) {
+    file_size = static_cast<std::size_t>(st.st_size);
+    Bytes start(std::min(limit, file_size));
+    std::size_t done = 0;
+    while (done < start.size()) {
+      ssize_t n = ::pread(fd, start.data() + done, start.size() - done, static_cast<off_t>(done));
+      if (n <= 0) break;
+      done += static_cast<std::size_t>(n);
+    }
+    if (done == start.size()) bytes = std::move(start);
+  }
+  ::close(fd);
+  return bytes;
 }
 
 namespace {

@@ -11,6 +11,7 @@
 
 #include "engine/atomic_file.h"
 #include "engine/bytes.h"
+#include "engine/record_data.h"
 #include "platform/prompter.h"
 
 namespace qv {
@@ -55,14 +56,15 @@ std::array<std::uint8_t, kHeaderSize> EncodeHeader(Header header);
 
 // One record as the container holds it: its bytes, attribute byte and 24-bit identifier.
 struct RawRecord {
-  Bytes data;
+  RecordData data;
   std::uint8_t attributes = 0;
   std::uint32_t uid = 0;
 };
 
 struct ContainerFile {
   Header header;
-  std::vector<RawRecord> records;
+  std::vector<RawRecord> records;  // the schema records
+  std::vector<RecordSlot> data;    // the data records that follow them
 };
 
 // Why a container could not be read; each maps to the system's message.
@@ -75,9 +77,30 @@ struct ParseResult {
 };
 
 // Parses a whole file image. Every offset and length is checked against the image before use.
-ParseResult ParseContainer(std::span<const std::uint8_t> image);
+// The records are views into the image, which they keep alive.
+ParseResult ParseContainer(const FileImage& image);
+// The same for the start of a file of `file_size` bytes that holds at least the header, the list
+// and the schema records: every entry is checked, but the data records are not taken (the
+// header's count tells how many there are).
+ParseResult ParseContainerStart(const FileImage& start, std::size_t file_size);
 
-// Lays out the records end to end after the list, offsets recomputed, and returns the file image.
+// A file laid out for writing: `head` holds the header, the record list, the two zero bytes and
+// the application-info block; `pieces` are `head` and then the records' bytes, neighbouring
+// records that lie end to end in memory (unchanged records of one image) joined into one piece.
+// The pieces point into `head` and into the records: both must outlive them.
+struct ContainerLayout {
+  Bytes head;
+  std::vector<std::span<const std::uint8_t>> pieces;
+  std::size_t size() const;
+};
+
+// Lays out the schema records and then the data records end to end after the list, offsets
+// recomputed.
+ContainerLayout LayOutContainer(const Header& header, std::span<const RawRecord> schema,
+                                std::span<const RecordSlot> data);
+// The pieces of a layout as one file image.
+Bytes JoinPieces(const ContainerLayout& layout);
+// The file image of a container: its records, then its data records, end to end.
 Bytes SerializeContainer(const ContainerFile& file);
 
 // The 8-byte record entry: offset big-endian, attribute byte, identifier most significant first.
@@ -88,6 +111,10 @@ void PutRecordEntry(std::uint8_t* out, std::uint32_t offset, std::uint8_t attrib
 bool TestForFile(const std::string& path);
 // 0 when the file cannot be read, 1 for a header with creator "Qvnt", -1 for any other header.
 int ReadHeader(const std::string& path, Header& header);
+
+// The first `limit` bytes of a regular file (fewer when it is shorter) and the file's size.
+std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
+                                   std::size_t& file_size);
 
 // Finds the database whose header name is `name` in the folder of `reference_path`: the exact
 // file name, then blanks turned into underscores, then every .PDB file of the folder.

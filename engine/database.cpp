@@ -29,7 +29,15 @@ std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock)
 
 ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
                         std::uint32_t& bad_record) {
-  ParseResult parsed = ParseContainer(image);
+  return ParseDatabase(std::make_shared<const Bytes>(image.begin(), image.end()), db, bad_record);
+}
+
+namespace {
+
+ReadError ParseParts(const FileImage& image, std::size_t file_size, LoadParts parts, Database& db,
+                     std::uint32_t& bad_record) {
+  ParseResult parsed =
+      parts == LoadParts::All ? ParseContainer(image) : ParseContainerStart(image, file_size);
   if (!parsed.file) {
     bad_record = parsed.bad_record;
     return parsed.error;
@@ -38,12 +46,7 @@ ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
   if (!schema) return ReadError::CannotRead;
   db.header = parsed.file->header;
   db.schema = std::move(*schema);
-  db.records.clear();
-  db.records.reserve(parsed.file->records.size() - kSchemaRecords);
-  for (std::size_t i = kSchemaRecords; i < parsed.file->records.size(); ++i) {
-    RawRecord& raw = parsed.file->records[i];
-    db.records.push_back({std::move(raw.data), raw.uid, raw.attributes});
-  }
+  db.records = std::move(parsed.file->data);
   db.name = db.header.Name();
   db.changed = false;
   db.current = 0;
@@ -51,21 +54,46 @@ ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
   return ReadError::None;
 }
 
-bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
+// The start of a file up to its first data record: the header, the list and the schema records.
+std::optional<Bytes> ReadSchemaStart(const std::string& path, std::size_t& file_size,
+                                     FileStamp& stamp) {
+  stamp = StampOf(path);
+  auto start = ReadFileStart(path, kHeaderSize, file_size);
+  if (!start || start->size() < kHeaderSize) return start;  // the parse names the fault
+  const std::size_t count = GetBE16(start->data() + 76);
+  if (count <= kSchemaRecords) return ReadFileStart(path, file_size, file_size);
+  const std::size_t list_end = kHeaderSize + kEntrySize * count;
+  start = ReadFileStart(path, list_end, file_size);
+  if (!start || start->size() < list_end) return start;
+  std::size_t first_data = GetBE32(start->data() + kHeaderSize + kEntrySize * kSchemaRecords);
+  return ReadFileStart(path, std::max(first_data, list_end), file_size);
+}
+
+}  // namespace
+
+ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad_record) {
+  return ParseParts(image, image->size(), LoadParts::All, db, bad_record);
+}
+
+bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, LoadParts parts) {
   if (!TestForFile(path)) {
     prompter.message(StringPrintf("ERROR: Cannot Open File: %s for reading", path.c_str()), "Error",
                      Icon::Error);
     return false;
   }
   FileStamp stamp;
-  auto image = ReadWholeFile(path, kMaxFileSize, &stamp);
-  if (!image) {
+  std::size_t file_size = 0;
+  auto bytes = parts == LoadParts::All ? ReadWholeFile(path, kMaxFileSize, &stamp)
+                                       : ReadSchemaStart(path, file_size, stamp);
+  if (!bytes) {
     prompter.message("Could not initialize file", "Error", Icon::Error);
     return false;
   }
+  if (parts == LoadParts::All) file_size = bytes->size();
   Database fresh;
   std::uint32_t bad_record = 0;
-  switch (ParseDatabase(*image, fresh, bad_record)) {
+  auto image = std::make_shared<const Bytes>(std::move(*bytes));
+  switch (ParseParts(image, file_size, parts, fresh, bad_record)) {
     case ReadError::None:
       break;
     case ReadError::BadHeader:
@@ -93,14 +121,15 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter) {
   return true;
 }
 
+ContainerLayout LayOutDatabase(const Database& db, std::vector<RawRecord>& schema) {
+  schema.clear();
+  EncodeSchema(db.schema, db.changed, schema);
+  return LayOutContainer(db.header, schema, db.records);
+}
+
 Bytes SerializeDatabase(const Database& db) {
-  ContainerFile file;
-  file.header = db.header;
-  file.records.reserve(kSchemaRecords + db.records.size());
-  EncodeSchema(db.schema, db.changed, file.records);
-  for (const RecordSlot& slot : db.records)
-    file.records.push_back({slot.data, slot.attributes, slot.uid});
-  return SerializeContainer(file);
+  std::vector<RawRecord> schema;
+  return JoinPieces(LayOutDatabase(db, schema));
 }
 
 bool SaveDatabase(Database& db, const Clock& clock, SaveOutcome* outcome) {
@@ -116,9 +145,21 @@ bool SaveDatabase(Database& db, const Clock& clock, SaveOutcome* outcome) {
     return false;
   }
   db.header.modification_date = FileTimeNow(clock);
-  Bytes image = SerializeDatabase(db);
+  std::vector<RawRecord> schema;
+  ContainerLayout layout = LayOutDatabase(db, schema);
+  // A reordered table gives a piece per record: those are joined first, one write beats
+  // thousands of small ones.
+  constexpr std::size_t kMostPieces = 64;
+  Bytes joined;
+  std::span<const std::span<const std::uint8_t>> pieces = layout.pieces;
+  std::span<const std::uint8_t> whole;
+  if (layout.pieces.size() > kMostPieces) {
+    joined = JoinPieces(layout);
+    whole = joined;
+    pieces = {&whole, 1};
+  }
   const FileStamp* expected = db.disk.path == db.path ? &db.disk : nullptr;
-  WriteOutcome written = SaveFileAtomically(db.path, image, expected);
+  WriteOutcome written = SaveFileAtomically(db.path, pieces, expected);
   db.lock.Unlock();  // it was on the file just replaced
   out.result = written.result;
   out.error = written.error;

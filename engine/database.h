@@ -25,12 +25,6 @@ inline constexpr std::uint32_t kNewRecord = 65000;
 // The path of a database that has never been saved; "*" cannot occur in a real path.
 inline constexpr const char* kUntitledPath = "Untitled*";
 
-struct RecordSlot {
-  Bytes data;
-  std::uint32_t uid = 0;
-  std::uint8_t attributes = 0;
-};
-
 struct Database {
   std::string path = kUntitledPath;
   std::string name = "Untitled";  // what titles and prompts show
@@ -71,14 +65,22 @@ struct Database {
 std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock);
 
 // Builds a database from a file image. On failure the result names the failure and the
-// database is left empty.
+// database is left empty. The records view the shared image; the span form copies it once.
+ReadError ParseDatabase(const FileImage& image, Database& db, std::uint32_t& bad_record);
 ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
                         std::uint32_t& bad_record);
+// What an open reads: everything, or only the header and the schema (every record entry still
+// checked), for describing a database without the cost of its records.
+enum class LoadParts { All, Schema };
 // Opens the file at `path`, reporting failures with the system's messages. Nothing is loaded on
 // failure.
-bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter);
+bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter,
+                  LoadParts parts = LoadParts::All);
 // The exact bytes a save writes (record 0's dirty bit set while the database is changed).
 Bytes SerializeDatabase(const Database& db);
+// The same file as pieces to write: the schema records encoded into `schema`, which, like the
+// database, must outlive the layout.
+ContainerLayout LayOutDatabase(const Database& db, std::vector<RawRecord>& schema);
 // Why a save did not write, beyond the file-level results: InUse, another program holds the
 // database's lock.
 struct SaveOutcome {

@@ -51,6 +51,10 @@ std::string FormatValue(ConstFieldDefinition field, std::span<const std::uint8_t
 // text is not a valid value. `items` is the field's pop-up list.
 std::optional<Bytes> ParseValue(ConstFieldDefinition field, const FieldRecord& items,
                                 std::string_view text, const FormatOptions& options);
+// The same into `out`, whose storage is reused (an import parses many values); false, with
+// `out` unspecified, when the text is not a valid value.
+bool ParseValueInto(ConstFieldDefinition field, const FieldRecord& items, std::string_view text,
+                    const FormatOptions& options, Bytes& out);
 
 // The decimals a Float field shows (settings byte 0; 0 means as typed, shown with up to 4).
 int FloatDecimals(ConstFieldDefinition field);

@@ -59,30 +59,38 @@ Bytes RecordPrefix(const DatabaseDefinition& definition, const Bytes& prefix) {
 
 }  // namespace
 
-Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& values) {
-  Bytes out = RecordPrefix(definition, values.prefix);
+void AppendEncodedRecord(const DatabaseDefinition& definition, const RecordValues& values,
+                         Bytes& out) {
+  // Sized once and written in place: an import encodes every row.
+  const Bytes prefix = RecordPrefix(definition, values.prefix);
   int last_used = -1;
-  std::size_t size = out.size() + 2;
+  std::size_t size = prefix.size();
   for (int slot = 0; slot < kFieldSlots; ++slot) {
     if (!definition.field(slot).used()) continue;
     last_used = slot;
-    size += 2 + values.values[slot].size();
+    size += std::min<std::size_t>(values.values[slot].size(), 0xFFFE);
   }
-  out.reserve(size + 2 * static_cast<std::size_t>(last_used + 1));
-  for (int slot = 0; slot < kFieldSlots; ++slot) {
-    if (!definition.field(slot).used()) {
-      if (slot > last_used) {
-        AppendLE16(out, kEndMarker);
-        break;
-      }
-      AppendLE16(out, 0);
-      continue;
+  const bool end_marker = last_used + 1 < kFieldSlots;
+  size += 2 * static_cast<std::size_t>(last_used + 1) + (end_marker ? 2 : 0);
+  const std::size_t start = out.size();
+  out.resize(start + size);
+  std::uint8_t* p = std::copy(prefix.begin(), prefix.end(), out.data() + start);
+  for (int slot = 0; slot <= last_used; ++slot) {
+    std::size_t len = 0;
+    if (definition.field(slot).used()) {
+      const Bytes& v = values.values[slot];
+      len = std::min<std::size_t>(v.size(), 0xFFFE);
+      std::copy(v.begin(), v.begin() + static_cast<std::ptrdiff_t>(len), p + 2);
     }
-    const Bytes& v = values.values[slot];
-    std::size_t len = std::min<std::size_t>(v.size(), 0xFFFE);
-    AppendLE16(out, static_cast<std::uint16_t>(len));
-    AppendBytes(out, v.data(), len);
+    PutLE16(p, static_cast<std::uint16_t>(len));
+    p += 2 + len;
   }
+  if (end_marker) PutLE16(p, kEndMarker);
+}
+
+Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& values) {
+  Bytes out;
+  AppendEncodedRecord(definition, values, out);
   return out;
 }
 

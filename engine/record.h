@@ -53,6 +53,9 @@ RecordValues DecodeRecord(std::span<const std::uint8_t> record);
 // the single byte 0; an unused slot writes 00 00 while a used slot follows, else FF FF and the
 // record ends there.
 Bytes EncodeRecord(const DatabaseDefinition& definition, const RecordValues& values);
+// The same record appended to `out`.
+void AppendEncodedRecord(const DatabaseDefinition& definition, const RecordValues& values,
+                         Bytes& out);
 
 // The record with slot k's value replaced; the prefix and every other byte kept as they were.
 Bytes ReplaceValue(std::span<const std::uint8_t> record, const DatabaseDefinition& definition,

@@ -52,8 +52,12 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
 bool ContainsNoCase(std::string_view hay, std::string_view needle) {
   if (needle.empty()) return true;
   if (needle.size() > hay.size()) return false;
+  // Only places that start with the needle's first letter, in either case, are compared.
+  const char lower = LowerAscii(needle[0]);
+  const char upper = lower >= 'a' && lower <= 'z' ? static_cast<char>(lower - 'a' + 'A') : lower;
   for (size_t i = 0; i + needle.size() <= hay.size(); ++i) {
-    size_t k = 0;
+    if (hay[i] != lower && hay[i] != upper) continue;
+    size_t k = 1;
     while (k < needle.size() && LowerAscii(hay[i + k]) == LowerAscii(needle[k])) ++k;
     if (k == needle.size()) return true;
   }

@@ -77,7 +77,7 @@ void WriteHeader(const Database& db, const CsvExportOptions& o, std::string& lin
 // One record's line; false when a value could not be read.
 bool WriteRecordLine(const Database& db, std::uint32_t number, const CsvExportOptions& o,
                      const FormatOptions& options, Prompter& prompter, std::string& line) {
-  const Bytes& record = db.records[number].data;
+  std::span<const std::uint8_t> record = db.records[number].data;
   bool ok = true;
   for (int i = 0; i < kFieldSlots; ++i) {
     int slot = o.slot_order ? i : db.definition().display_slot(i);

@@ -227,14 +227,27 @@ class RowImporter {
     }
     std::string reason;
     if (!ReadValues(row, reason)) return Refuse(row, reason);
-    // Appended here; the sort order is restored once for all rows in Finish.
-    db_.records.push_back({EncodeRecord(d_, values_), TakeRecordUid(db_), 0});
-    NoteStoredRecord(db_, db_.count() - 1);
+    // Appended here, its bytes to the import's one buffer; the records view that buffer and
+    // the sort order is restored once for all rows in Finish.
+    const std::size_t start = encoded_.size();
+    AppendEncodedRecord(d_, values_, encoded_);
+    spans_.push_back({start, encoded_.size() - start});
+    db_.records.push_back({RecordData(), TakeRecordUid(db_), 0});
     ++result_.imported;
     return true;
   }
 
+  // Room for the records' bytes of a text this long, taken at once rather than by doubling.
+  void Expect(std::size_t text_size) { encoded_.reserve(text_size + text_size / 2); }
+
   ImportResult Finish() {
+    if (!spans_.empty()) {
+      auto image = std::make_shared<const Bytes>(std::move(encoded_));
+      for (std::size_t k = 0; k < spans_.size(); ++k) {
+        db_.records[old_count_ + k].data = RecordData(image, spans_[k].first, spans_[k].second);
+        NoteStoredRecord(db_, static_cast<std::uint32_t>(old_count_ + k));
+      }
+    }
     if (result_.imported > 0) {
       db_.changed = true;
       FinishAppend(db_, old_count_, prompter_);
@@ -264,13 +277,13 @@ class RowImporter {
             result_.text.Store(stored, import_options_.encoding, {"line", row.line, field.name()});
         stored = converted_;
       }
-      auto value = ParseValue(field, db_.schema.fields[slot], stored, options_);
-      if (!value) {
+      // Parsed into the value's own buffer, so a row costs no allocation per cell.
+      if (!ParseValueInto(field, db_.schema.fields[slot], stored, options_, values_.values[slot])) {
         reason = RefusalReason(field, std::string(stored));
         return false;
       }
       if (field.type() == kUnique) unique_given[slot] = true;
-      values_.Set(slot, std::move(*value));
+      values_.present[slot] = true;
     }
     for (int slot : unique_slots_) {
       if (!unique_given[slot]) {
@@ -295,6 +308,8 @@ class RowImporter {
   RecordValues values_;
   std::vector<int> unique_slots_;
   std::string converted_;
+  Bytes encoded_;  // the imported records' bytes, end to end
+  std::vector<std::pair<std::size_t, std::size_t>> spans_;  // each record's offset and length
   ImportResult result_;
 };
 
@@ -311,23 +326,49 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
   return importer.Finish();
 }
 
-ImportResult ImportCsvText(Database& db, std::string_view text,
-                           const CsvImportOptions& import_options, const FormatOptions& options,
-                           Prompter& prompter) {
+namespace {
+
+// The rows of a text into the database: the columns mapped from its first row that is not blank,
+// or, `by_position`, that row a header and column c the field in slot c.
+ImportResult ImportText(Database& db, std::string_view text,
+                        const CsvImportOptions& import_options, const FormatOptions& options,
+                        Prompter& prompter, bool by_position) {
+  // One slot per line at most, taken at once rather than by doubling.
+  db.records.reserve(std::min<std::size_t>(
+      kMaxDataRecords, db.count() + std::count(text.begin(), text.end(), '\n') + 1));
   CsvReader reader(text, import_options.separator);
   CsvRow row;
   bool any = reader.Next(row);
   while (any && IsBlankRow(row)) any = reader.Next(row);  // blank lines before the first row
   ColumnMap map;
   ImportResult result;
-  if (!MapColumns(db, any ? &row : nullptr, import_options.header, import_options.encoding, map,
-                  result.error))
+  if (by_position) {
+    MapColumns(db, nullptr, CsvHeader::Absent, import_options.encoding, map, result.error);
+    map.header = true;
+  } else if (!MapColumns(db, any ? &row : nullptr, import_options.header,
+                         import_options.encoding, map, result.error)) {
     return result;
+  }
   RowImporter importer(db, map, import_options, options, prompter);
+  importer.Expect(text.size());
   bool more = any;
   if (more && map.header) more = reader.Next(row);
   while (more && importer.Add(row)) more = reader.Next(row);
   return importer.Finish();
+}
+
+}  // namespace
+
+ImportResult ImportCsvText(Database& db, std::string_view text,
+                           const CsvImportOptions& import_options, const FormatOptions& options,
+                           Prompter& prompter) {
+  return ImportText(db, text, import_options, options, prompter, false);
+}
+
+ImportResult ImportCsvTextByPosition(Database& db, std::string_view text,
+                                     const CsvImportOptions& import_options,
+                                     const FormatOptions& options, Prompter& prompter) {
+  return ImportText(db, text, import_options, options, prompter, true);
 }
 
 ImportResult ImportCsvFile(Database& db, const std::string& path,

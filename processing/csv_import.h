@@ -68,6 +68,11 @@ ImportResult ImportCsvRows(Database& db, const std::vector<CsvRow>& rows, const 
 ImportResult ImportCsvText(Database& db, std::string_view text,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter);
+// The rows after the text's header line (the first that is not blank), column c into the field
+// in slot c: for a database just made from the same text.
+ImportResult ImportCsvTextByPosition(Database& db, std::string_view text,
+                                     const CsvImportOptions& import_options,
+                                     const FormatOptions& options, Prompter& prompter);
 ImportResult ImportCsvFile(Database& db, const std::string& path,
                            const CsvImportOptions& import_options, const FormatOptions& options,
                            Prompter& prompter);

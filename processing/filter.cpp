@@ -171,7 +171,7 @@ bool MatchesRestriction(const Database& db, std::span<const std::uint8_t> record
 
 bool Passes(const Database& db, const Conditions& all, bool any_in_use, std::uint32_t number) {
   if (number >= db.count()) return false;
-  const Bytes& record = db.records[number].data;
+  std::span<const std::uint8_t> record = db.records[number].data;
   if (record.empty()) return false;
   bool restricted = db.restriction_field >= 0;
   if (!any_in_use && !restricted) return true;

@@ -169,7 +169,7 @@ std::optional<FindMatch> FindRecord(const Database& db, const FindSettings& sett
   if (start_field < 0) start_field = 0;
   for (std::uint32_t p = static_cast<std::uint32_t>(start); p < db.count(); ++p) {
     if (!RecordPassesFilter(db, p) || IsRecordEnciphered(db, p)) continue;
-    const Bytes& record = db.records[p].data;
+    std::span<const std::uint8_t> record = db.records[p].data;
     auto match = [&](int slot) {
       return FieldMatches(db, record, slot, search, settings.case_sensitive, settings.begins_with,
                           options, hidden);

@@ -69,7 +69,7 @@ int Walk(Database& db, std::uint32_t start, Prompter& prompter, bool only_positi
   work.reserve(LargestRecordSize(db.definition()));
   for (std::uint32_t k = start; k < db.count(); ++k) {
     if (filtered && !RecordPassesFilter(db, k)) continue;
-    Bytes& data = db.records[k].data;
+    RecordData& data = db.records[k].data;
     if (data.empty()) return -1;
     // Enciphered records keep their values, and give the next one no previous values.
     if (IsRecordEnciphered(data)) {
@@ -81,9 +81,8 @@ int Walk(Database& db, std::uint32_t start, Prompter& prompter, bool only_positi
         previous >= 0 ? std::span<const std::uint8_t>(db.records[static_cast<std::size_t>(previous)].data)
                       : std::span<const std::uint8_t>();
     ComputeFields(db, db.definition(), work, before, prompter, fields);
-    if (work != data) {
-      data.assign(work.begin(), work.end());
-      data.shrink_to_fit();
+    if (data != work) {
+      data = work;  // storage of its own, exactly as long as the record
       db.changed = true;
     }
     previous = static_cast<int>(k);

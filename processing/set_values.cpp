@@ -24,7 +24,7 @@ SetValuesResult SetValuesOfField(Database& db, int slot, const Bytes& value, Pro
   prompter.busy(true);
   for (std::uint32_t n : db.visible) {
     if (n >= db.count()) continue;
-    Bytes& data = db.records[n].data;
+    RecordData& data = db.records[n].data;
     if (Enciphered(data)) {
       ++result.skipped;
       continue;

@@ -178,9 +178,13 @@ void SortWithKeys(Database& db, const KeyPlan* plans, std::uint32_t count) {
     }
   }
   QuickSort<N>(db, plans, entries);
+  // The order alone is kept, so the entries' memory is free before the table is rebuilt.
+  std::vector<std::uint32_t> order(entries.size());
+  for (std::size_t i = 0; i < entries.size(); ++i) order[i] = entries[i].index;
+  std::vector<SortEntry<N>>().swap(entries);
   std::vector<RecordSlot> sorted;
   sorted.reserve(db.count());
-  for (const SortEntry<N>& e : entries) sorted.push_back(std::move(db.records[e.index]));
+  for (std::uint32_t i : order) sorted.push_back(std::move(db.records[i]));
   for (std::uint32_t i = count; i < db.count(); ++i) sorted.push_back(std::move(db.records[i]));
   db.records = std::move(sorted);
 }
@@ -246,7 +250,7 @@ std::uint32_t FindInsertPosition(Database& db, std::uint32_t count) {
   // With no primary key nothing is compared and the record stays at the end, even when a later
   // key is set; on purpose.
   if (keys.k[0].field < 0) return count;
-  const Bytes& fresh = db.records[count].data;
+  std::span<const std::uint8_t> fresh = db.records[count].data;
   if (fresh.empty()) return count;
   for (std::uint32_t r = 0; r < count; ++r) {
     if (db.records[r].data.empty()) return count;

@@ -67,13 +67,13 @@ void DeleteRecordsAndRecalculate(Database& db, std::vector<std::uint32_t> number
   RebuildFilteredList(db);
 }
 
-void PositionOpenedDatabase(Database& db, Prompter& prompter) {
+void PositionOpenedDatabase(Database& db, Prompter& prompter, bool list_visible) {
   std::uint16_t back = db.definition().return_record();
   bool returned = back >= kSchemaRecords && back - kSchemaRecords < db.count();
   if (returned) db.current = back - kSchemaRecords;
   // The sort itself happens only with a primary key and two records or more.
   if (!returned && db.definition().resort_pending()) ResortAndRecalculate(db, prompter);
-  RebuildFilteredList(db);
+  if (list_visible) RebuildFilteredList(db);
   db.loaded = true;
 }
 

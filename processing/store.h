@@ -23,6 +23,7 @@ void DeleteRecordsAndRecalculate(Database& db, std::vector<std::uint32_t> number
                                  Prompter& prompter);
 // After a load: the record to return to, the pending resort with its recalculation, the
 // filtered list, the loaded flag.
-void PositionOpenedDatabase(Database& db, Prompter& prompter);
+// `list_visible` false leaves the visible list empty, for a caller that rebuilds it anyway.
+void PositionOpenedDatabase(Database& db, Prompter& prompter, bool list_visible = true);
 
 }  // namespace qv

@@ -36,7 +36,7 @@ void EncipherPending(Database& db, const std::vector<std::uint32_t>& pending,
                      const std::string& password) {
   EnableRecordHeaders(db);
   ExpandedKey key = MakeKey(password);
-  for (std::uint32_t i : pending) EncipherMarkedFields(db.definition(), db.records[i].data, key);
+  for (std::uint32_t i : pending) EncipherMarkedFields(db.definition(), db.records[i].data.edit(), key);
   if (!CheckVerifier(db.definition(), password) || !GetVerifier(db.definition()).present)
     WriteVerifier(db.definition(), password);
 }

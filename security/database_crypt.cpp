@@ -45,18 +45,18 @@ bool EncryptDatabase(Database& db, std::string_view password) {
   EnableRecordHeaders(db);
   ExpandedKey key = MakeKey(password);
   for (std::uint32_t i = 0; i < db.count(); ++i) {
-    Bytes& record = db.records[i].data;
+    RecordData& record = db.records[i].data;
     if (mode == kEncryptEntireDatabase) {
       EncryptRecordBody(db, i, key);
     } else if (mode == kEncryptMarkedFields) {
-      EncipherMarkedFields(db.definition(), record, key);
+      EncipherMarkedFields(db.definition(), record.edit(), key);
     } else {
       auto header = ReadRecordHeader(record);
       if (!header || !header->has(kRecordManualEncrypt)) continue;
-      EncipherMarkedFields(db.definition(), record, key);
+      EncipherMarkedFields(db.definition(), record.edit(), key);
       header = ReadRecordHeader(record);
       header->set(kRecordManualEncrypt, false);
-      WriteRecordHeader(record, *header);
+      WriteRecordHeader(record.edit(), *header);
     }
   }
   if (db.count() > 0) {

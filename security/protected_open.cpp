@@ -84,9 +84,9 @@ bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui) {
   return true;
 }
 
-bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui) {
+bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui, LoadParts parts) {
   Database loaded;
-  if (!LoadDatabase(loaded, path, ui.prompter)) return false;
+  if (!LoadDatabase(loaded, path, ui.prompter, parts)) return false;
   if (!CheckOpenAccess(loaded.definition(), ui)) return false;
   if (!UnlockEncipheredDatabase(loaded, ui)) return false;
   db = std::move(loaded);
@@ -114,7 +114,7 @@ EncipherResult EncipherRecord(Database& db, std::uint32_t index, SecurityUi& ui)
   if (header && header->has(kRecordFieldsEnciphered)) return EncipherResult::kNotNeeded;
   if (!AskEncipherPassword(db, ui)) return EncipherResult::kCancelled;
   EnableRecordHeaders(db);
-  EncryptRecordFields(db.definition(), db.records[index].data, ui.password_buffer);
+  EncryptRecordFields(db.definition(), db.records[index].data.edit(), ui.password_buffer);
   db.changed = true;
   return EncipherResult::kEnciphered;
 }

@@ -44,7 +44,8 @@ bool UnlockEncipheredDatabase(Database& db, SecurityUi& ui);
 // Loads the file and runs both steps above. A database enciphered record by record (modes 1
 // and 2) keeps its verifier present while open, so a mistyped password is still caught
 // (docs/DIFFERENCES.md). On any failure or refusal `db` is untouched.
-bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui);
+bool OpenProtectedDatabase(Database& db, const std::string& path, SecurityUi& ui,
+                           LoadParts parts = LoadParts::All);
 
 enum class EncipherResult { kNotNeeded, kEnciphered, kCancelled };
 

@@ -111,10 +111,10 @@ Unframed Unframe(unsigned type, std::span<const std::uint8_t> value, Bytes& ciph
 
 bool EncryptRecordBody(Database& db, std::uint32_t index, const ExpandedKey& key) {
   if (index >= db.count()) return false;
-  Bytes& record = db.records[index].data;
-  if (record.size() < kRecordHeaderSize + 1) return false;
-  auto header = ReadRecordHeader(record);
+  if (db.records[index].data.size() < kRecordHeaderSize + 1) return false;
+  auto header = ReadRecordHeader(db.records[index].data);
   if (!header || header->has(kRecordBodyEnciphered)) return false;
+  Bytes& record = db.records[index].data.edit();
   CfbEncryptRecord(record, kRecordHeaderSize, record.size() - kRecordHeaderSize, key);
   header->set(kRecordBodyEnciphered, true);
   WriteRecordHeader(record, *header);
@@ -123,9 +123,9 @@ bool EncryptRecordBody(Database& db, std::uint32_t index, const ExpandedKey& key
 
 bool DecryptRecordBody(Database& db, std::uint32_t index, const ExpandedKey& key) {
   if (index >= db.count()) return false;
-  Bytes& record = db.records[index].data;
-  auto header = ReadRecordHeader(record);
+  auto header = ReadRecordHeader(db.records[index].data);
   if (!header || !header->has(kRecordBodyEnciphered)) return false;
+  Bytes& record = db.records[index].data.edit();
   CfbDecryptRecord(record, kRecordHeaderSize, record.size() - kRecordHeaderSize, key);
   header->set(kRecordBodyEnciphered, false);
   WriteRecordHeader(record, *header);

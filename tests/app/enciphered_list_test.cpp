@@ -30,8 +30,8 @@ class EncipheredListTest : public QObject {
     db->definition().field(0).set_encrypted(true);
     SetEncryptionMode(db->definition(), kEncryptMarkedFields);
     EnableRecordHeaders(*db);
-    QVERIFY(EncryptRecordFields(db->definition(), db->records[0].data, "pw"));
-    QVERIFY(EncryptRecordFields(db->definition(), db->records[2].data, "pw"));
+    QVERIFY(EncryptRecordFields(db->definition(), db->records[0].data.edit(), "pw"));
+    QVERIFY(EncryptRecordFields(db->definition(), db->records[2].data.edit(), "pw"));
     auto h = std::make_unique<test::AppHarness>();
     h->settings.values["LastFileUsed"] = h->WriteDatabase(std::move(db), "Fruit.PDB");
     h->application.Start({});

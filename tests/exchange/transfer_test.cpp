@@ -171,7 +171,7 @@ TEST_F(TransferTest, EncipheredRecordsAreNotCopiedAsValues) {
   auto header = ReadRecordHeader(source_->records[1].data);
   ASSERT_TRUE(header);
   header->set(kRecordFieldsEnciphered, true);
-  WriteRecordHeader(source_->records[1].data, *header);
+  WriteRecordHeader(source_->records[1].data.edit(), *header);
   TransferOutcome out = Transfer(false, kAllViewRecords, target_path_);
   EXPECT_EQ(out.copied, 2u);
   EXPECT_EQ(Column(*Reload(target_path_), 0), (std::vector<std::string>{"old", "c", "a"}));

@@ -29,7 +29,7 @@ TEST(ConditionalTest, ThenTextOrElseFieldByTheTest) {
   EXPECT_EQ(ConditionalDescription(db->definition(), 3), "if Qty < \"5\" then \"Reorder\" else Name");
 
   ScriptedPrompter p;
-  for (auto& r : db->records) ComputeRecordFormulas(*db, db->definition(), r.data, {}, p);
+  for (auto& r : db->records) ComputeRecordFormulas(*db, db->definition(), r.data.edit(), {}, p);
   EXPECT_EQ(Texts(*db, 3), (std::vector<std::string>{"Reorder", "nut"}));
   EXPECT_TRUE(db->field_changed[3]);
 
@@ -37,7 +37,7 @@ TEST(ConditionalTest, ThenTextOrElseFieldByTheTest) {
   s.op = kCondIsEmpty;
   s.else_field = 2;
   s.Write(db->definition().field(3));
-  for (auto& r : db->records) ComputeRecordFormulas(*db, db->definition(), r.data, {}, p);
+  for (auto& r : db->records) ComputeRecordFormulas(*db, db->definition(), r.data.edit(), {}, p);
   EXPECT_EQ(Texts(*db, 3), (std::vector<std::string>{"2002-03-05", "Reorder"}));
 
   s.test_field = 1;
@@ -46,7 +46,7 @@ TEST(ConditionalTest, ThenTextOrElseFieldByTheTest) {
   s.else_field = -1;
   s.else_text = "a very long else text that is cut";
   s.Write(db->definition().field(3));
-  for (auto& r : db->records) ComputeRecordFormulas(*db, db->definition(), r.data, {}, p);
+  for (auto& r : db->records) ComputeRecordFormulas(*db, db->definition(), r.data.edit(), {}, p);
   EXPECT_EQ(Texts(*db, 3), (std::vector<std::string>{"Reorder", "a very long els"}));
 }
 
@@ -58,10 +58,10 @@ TEST(ConditionalTest, ADamagedDefinitionTakesTheElseBranch) {
   f[27] = 0xFF;
   PutCString(f + 86, 16, "fallback");
   ScriptedPrompter p;
-  ComputeRecordFormulas(*db, db->definition(), db->records[0].data, {}, p);
+  ComputeRecordFormulas(*db, db->definition(), db->records[0].data.edit(), {}, p);
   EXPECT_EQ(Texts(*db, 1), (std::vector<std::string>{"fallback"}));
   f[24] = 0;  // a real field, an unknown operator: still false
-  ComputeRecordFormulas(*db, db->definition(), db->records[0].data, {}, p);
+  ComputeRecordFormulas(*db, db->definition(), db->records[0].data.edit(), {}, p);
   EXPECT_EQ(Texts(*db, 1), (std::vector<std::string>{"fallback"}));
   EXPECT_EQ(ConditionalOperatorByText("IS NOT EMPTY"), kCondIsNotEmpty);
   EXPECT_FALSE(ConditionalOperatorByText("~"));

@@ -111,7 +111,7 @@ TEST_F(CsvExportTest, ProgressCountsFromMinus102AndDamagedRecordsAreNoted) {
                 .Row({"e", "f"})
                 .Build();
   db->records[1].data.clear();                                 // an entry without a record
-  db->records[2].data.resize(db->records[2].data.size() - 3);  // B's value runs past the end
+  db->records[2].data.edit().resize(db->records[2].data.size() - 3);  // B's value runs past the end
   EXPECT_EQ(Export(*db, {}, 0), "a,b\ne,\n");
   auto progress = prompter_.Progress();
   ASSERT_GE(progress.size(), 4u);

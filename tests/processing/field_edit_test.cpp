@@ -224,7 +224,7 @@ TEST(FieldEditTest, EncipheredValuesAreNeverConverted) {
   auto header = ReadRecordHeader(db->records[0].data);
   ASSERT_TRUE(header);
   header->set(kRecordFieldsEnciphered, true);
-  WriteRecordHeader(db->records[0].data, *header);
+  WriteRecordHeader(db->records[0].data.edit(), *header);
   FormatOptions options;
   EXPECT_NE(AssessTypeChange(*db, 0, kInteger, 0, options).refusal, "");
   EXPECT_NE(AssessDelete(*db, 0).refusal, "");

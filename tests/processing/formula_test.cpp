@@ -35,7 +35,7 @@ class FormulaTest : public ::testing::Test {
   std::string Compute(std::int32_t a, std::int32_t b) {
     db_->records.clear();
     AddRaw(*db_, {{0, Int32Value(a)}, {1, Int32Value(b)}});
-    Bytes& record = db_->records[0].data;
+    Bytes& record = db_->records[0].data.edit();
     EXPECT_EQ(UpdateCalculatedField(*db_, 2, db_->definition(), &record, 0u, prompter_), 0);
     return std::string(ValueText(ValueBytes(record, 2)));
   }
@@ -234,7 +234,7 @@ TEST(FormulaBuilderTest, ConstantsShareAndFitTheirPlaces) {
   EXPECT_EQ(FormulaDisplayText(d, 1), "F1 3.1415927 *");
   db->records.clear();
   AddRaw(*db, {{0, Int32Value(2)}});
-  Bytes& r = db->records[0].data;
+  Bytes& r = db->records[0].data.edit();
   UpdateCalculatedField(*db, 1, d, &r, 0u, p);
   EXPECT_EQ(ValueText(ValueBytes(r, 1)), "6.2832");
 }

@@ -58,7 +58,7 @@ TEST(SetValuesTest, EncipheredRecordsAreLeftAsTheyWere) {
   auto header = ReadRecordHeader(db->records[1].data);
   ASSERT_TRUE(header);
   header->set(kRecordBodyEnciphered, true);
-  ASSERT_TRUE(WriteRecordHeader(db->records[1].data, *header));
+  ASSERT_TRUE(WriteRecordHeader(db->records[1].data.edit(), *header));
   const Bytes sealed = db->records[1].data;
   RebuildFilteredList(*db);
   ScriptedPrompter p;

@@ -26,7 +26,7 @@ class CipherSessionTest : public ::testing::Test {
     if (mode == kManualEncryption) {
       auto header = ReadRecordHeader(db->records[1].data);
       header->set(kRecordManualEncrypt, true);
-      WriteRecordHeader(db->records[1].data, *header);
+      WriteRecordHeader(db->records[1].data.edit(), *header);
     }
     EXPECT_TRUE(EncryptDatabase(*db, "key"));
     db->path = folder_.Path("Secrets.PDB");
@@ -164,7 +164,7 @@ TEST_F(CipherSessionTest, TheRightPasswordOpensValuesOfAnyContent) {
 TEST(RecordFieldsDecode, NoWrongPasswordDeciphersAManualRecord) {
   auto db = SecretsDatabase(1);
   MarkAll(*db);
-  ASSERT_TRUE(EncryptRecordFields(db->definition(), db->records[0].data, "key"));
+  ASSERT_TRUE(EncryptRecordFields(db->definition(), db->records[0].data.edit(), "key"));
   const Bytes enciphered = db->records[0].data;
   // About one wrong password in 256 matches the 8-bit record checksum; none may decipher.
   for (int i = 0; i < 1500; ++i) {

@@ -86,7 +86,7 @@ TEST(DatabaseCrypt, ManualModeTakesOnlyMarkedRecords) {
   SetEncryptionMode(db->definition(), kManualEncryption);
   auto header = ReadRecordHeader(db->records[1].data);
   header->set(kRecordManualEncrypt, true);
-  WriteRecordHeader(db->records[1].data, *header);
+  WriteRecordHeader(db->records[1].data.edit(), *header);
   Bytes untouched0 = db->records[0].data;
 
   ASSERT_TRUE(EncryptDatabase(*db, "manual"));

@@ -110,7 +110,7 @@ TEST(RecordFields, AnEmptyImageStaysPlainAndEqualRecordsEncipherAlike) {
   db->definition().field(kName).set_encrypted(true);
   ExpandedKey key = MakeKey("same");
   for (std::uint32_t i = 0; i < 3; ++i)
-    EncipherMarkedFields(db->definition(), db->records[i].data, key);
+    EncipherMarkedFields(db->definition(), db->records[i].data.edit(), key);
   auto empty_image = ValueBytes(db->records[1].data, kSketch);
   EXPECT_EQ(Bytes(empty_image.begin(), empty_image.end()), ImageValue(false));
   // Records 0 and 2 hold the same name and the same image.
