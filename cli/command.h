@@ -28,5 +28,6 @@ std::vector<Command> SecurityCommands();  // encrypt, decrypt, security
 std::vector<Command> ProcessingCommands();  // sort, filter, calc, recalc
 std::vector<Command> ViewCommands();        // views, report, find
 std::vector<Command> ExchangeCommands();    // export, import
+std::vector<Command> BeamCommands();        // beam send, beam receive
 
 }  // namespace qv::cli

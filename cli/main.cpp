@@ -13,7 +13,7 @@ std::vector<qv::cli::Command> AllCommands() {
   std::vector<qv::cli::Command> all;
   for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands,
                      qv::cli::ProcessingCommands, qv::cli::ViewCommands,
-                     qv::cli::ExchangeCommands, qv::cli::SecurityCommands}) {
+                     qv::cli::ExchangeCommands, qv::cli::SecurityCommands, qv::cli::BeamCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }
