@@ -65,7 +65,7 @@ Socket InitIrSock(const ObexSendOptions& options, CancelEvent& cancel, Prompter&
 }
 
 int SendObexPacket(std::span<const std::uint8_t> packet, int fd, std::uint8_t expected,
-                   int timeout_ms, Prompter& prompter, bool* broken) {
+                   int timeout_ms, Prompter& prompter, bool* broken, Bytes* answer_out) {
   int error = 0;
   if (!SendAll(fd, packet, timeout_ms, error)) {
     ShowError(prompter,
@@ -82,6 +82,7 @@ int SendObexPacket(std::span<const std::uint8_t> packet, int fd, std::uint8_t ex
     if (broken) *broken = true;
     return 1;
   }
+  if (answer_out) answer_out->assign(answer, answer + n);
   if (answer[0] != expected)
     prompter.message(StringPrintf("%s: Incorrect OBEX Response = %X", "SendObexPacket", answer[0]),
                      "Client", Icon::Error);
@@ -103,15 +104,21 @@ int PutObexInfo(const std::vector<ObexItem>& items, const ObexSendOptions& optio
   const int fd = socket.fd();
   const int t = options.timeout_ms;
   bool broken = false;
+  Bytes welcome;
   auto exchange = [&](const Bytes& packet, std::uint8_t expected) {
-    if (!broken) SendObexPacket(packet, fd, expected, t, prompter, &broken);
+    if (!broken) SendObexPacket(packet, fd, expected, t, prompter, &broken, &welcome);
   };
   exchange(ConnectPacket(), kObexSuccess);
+  // The peer's maximum packet length. Peers taking 4,072 bytes or more get the packets the
+  // handhelds send; smaller ones (OpenOBEX offers less) are not sent more than they take.
+  std::size_t peer_max = kObexPacketSize;
+  if (welcome.size() >= 7 && welcome[0] == kObexSuccess)
+    peer_max = static_cast<std::size_t>(welcome[5]) << 8 | welcome[6];
   exchange(*first, kObexContinue);
   std::span<const std::uint8_t> body;
   for (const ObexItem& item : items)
     if (item.id == kHeaderBody) body = item.data;
-  for (const Bytes& packet : BodyPackets(body)) exchange(packet, kObexContinue);
+  for (const Bytes& packet : BodyPackets(body, peer_max)) exchange(packet, kObexContinue);
   exchange(PutFinalPacket(), kObexSuccess);
   exchange(DisconnectPacket(), kObexSuccess);
   shutdown(fd, SHUT_RDWR);

@@ -43,7 +43,8 @@ Socket InitIrSock(const ObexSendOptions& options, CancelEvent& cancel, Prompter&
 // exchange shows its message and the transfer goes on, on purpose. `broken` is set when the
 // connection itself failed, so a sender can stop instead of repeating the message per packet.
 int SendObexPacket(std::span<const std::uint8_t> packet, int fd, std::uint8_t expected,
-                   int timeout_ms, Prompter& prompter, bool* broken = nullptr);
+                   int timeout_ms, Prompter& prompter, bool* broken = nullptr,
+                   Bytes* answer = nullptr);
 // Sends one object made of `items`; 1 after a complete exchange, 0 when no connection or buffer
 // could be had.
 int PutObexInfo(const std::vector<ObexItem>& items, const ObexSendOptions& options,

@@ -73,14 +73,18 @@ std::optional<Bytes> FirstPutPacket(const std::vector<ObexItem>& items) {
   return packet;
 }
 
-std::vector<Bytes> BodyPackets(std::span<const std::uint8_t> body) {
-  if (body.size() <= kObexPacketSize) return {BodyPacket(body, body.size() + 6)};
+std::vector<Bytes> BodyPackets(std::span<const std::uint8_t> body, std::size_t peer_max) {
+  const bool small_peer = peer_max < kObexPacketSize;
+  if (!small_peer && body.size() <= kObexPacketSize) return {BodyPacket(body, body.size() + 6)};
+  const std::size_t packet_size =
+      small_peer ? std::max<std::size_t>(peer_max, 255) : kObexPacketSize;
+  const std::size_t full_chunk = packet_size - 6;
   std::vector<Bytes> packets;
-  for (std::size_t at = 0; at < body.size();) {
+  for (std::size_t at = 0; at < body.size() || packets.empty();) {
     std::size_t rest = body.size() - at;
-    std::size_t chunk = std::min(rest, kObexBodyChunk);
+    std::size_t chunk = std::min(rest, full_chunk);
     packets.push_back(
-        BodyPacket(body.subspan(at, chunk), rest > kObexBodyChunk ? kObexPacketSize : chunk + 6));
+        BodyPacket(body.subspan(at, chunk), rest > full_chunk ? packet_size : chunk + 6));
     at += chunk;
   }
   return packets;

@@ -55,8 +55,10 @@ Bytes DisconnectPacket();  // 81 00 03
 std::optional<Bytes> FirstPutPacket(const std::vector<ObexItem>& items);
 // The PUT packets carrying the body. A body of up to 4072 bytes goes in one packet of body + 6
 // bytes, so bodies of 4067 to 4072 bytes make a packet longer than the 4072 offered: kept on
-// purpose, other editions expect it. Longer bodies go in 4066-byte chunks.
-std::vector<Bytes> BodyPackets(std::span<const std::uint8_t> body);
+// purpose, other editions expect it. Longer bodies go in 4066-byte chunks. A peer that
+// announced a smaller maximum packet (OBEX allows down to 255) gets packets of at most that.
+std::vector<Bytes> BodyPackets(std::span<const std::uint8_t> body,
+                               std::size_t peer_max = kObexPacketSize);
 
 // The 4 creator-code characters as the Creator item's value.
 std::uint32_t CreatorValue(std::string_view code);

@@ -139,6 +139,20 @@ TEST(ObexWire, BodyPacketsAroundTheChunkSize) {
   }
 }
 
+TEST(ObexWire, APeerWithASmallerMaximumGetsPacketsItCanTake) {
+  Bytes body(3000, 0x5A);
+  auto packets = BodyPackets(body, 1024);
+  ASSERT_EQ(packets.size(), 3u);
+  Bytes joined;
+  for (const Bytes& p : packets) {
+    EXPECT_LE(p.size(), 1024u);
+    EXPECT_EQ(LengthOf(p), p.size());
+    joined.insert(joined.end(), p.begin() + 6, p.end());
+  }
+  EXPECT_EQ(joined, body);
+  EXPECT_EQ(BodyPackets({}, 1024).size(), 1u);  // an empty body still has its Body header
+}
+
 TEST(ObexWire, AWrongResponseIsShownAndTheTransferStillCompletes) {
   CapturingPeer peer(0x90);  // Continue where Success is expected
   ScriptedPrompter prompter;
