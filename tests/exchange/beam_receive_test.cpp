@@ -152,3 +152,19 @@ TEST(SyncWithoutIdentity, RecordsAreMatchedByTheirBytes) {
 
 }  // namespace
 }  // namespace qv
+
+namespace qv {
+namespace {
+
+TEST(ReceivedNames, KindsBySubstringAndFileNamesThatStayInTheFolder) {
+  EXPECT_EQ(KindOfObject(u"a.QVR.PDB"), ObjectKind::Record);
+  EXPECT_EQ(RecordsDatabaseName(u"a.QVR.PDB"), "a");
+  EXPECT_EQ(KindOfObject(u"Stock.qvm"), ObjectKind::Records);
+  EXPECT_EQ(KindOfObject(u""), ObjectKind::DatabaseFile);  // no Name: a database file
+  EXPECT_TRUE(SafeFileName("Stock 2024"));
+  for (const char* bad : {"", "../x", "a/b", "a\\b", "..", ".hidden", "a\nb", "C:x"})
+    EXPECT_FALSE(SafeFileName(bad)) << bad;
+}
+
+}  // namespace
+}  // namespace qv
