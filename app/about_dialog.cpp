@@ -1,6 +1,8 @@
 #include "app/about_dialog.h"
 
 #include <QDialogButtonBox>
+#include <QHBoxLayout>
+#include <QIcon>
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -18,13 +20,24 @@ AboutDialog::AboutDialog(QWidget* parent) : QDialog(parent) {
                              "the handheld and the desktop."),
                           this);
   text->setWordWrap(true);
+  // A fixed width lets the wrapped text ask for all the height it needs.
+  text->setFixedWidth(300);
+  auto* icon = new QLabel(this);
+  icon->setPixmap(QIcon(":/icons/quorvant.png").pixmap(64, 64));
+  icon->setAlignment(Qt::AlignTop);
+  auto* words = new QVBoxLayout;
+  words->addWidget(name);
+  words->addWidget(text);
+  auto* top = new QHBoxLayout;
+  top->setSpacing(16);
+  top->addWidget(icon);
+  top->addLayout(words, 1);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, this);
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(20, 18, 20, 12);
-  layout->addWidget(name);
-  layout->addWidget(text);
+  layout->addLayout(top);
   layout->addWidget(buttons);
-  setFixedWidth(360);
+  layout->setSizeConstraint(QLayout::SetFixedSize);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
 }
 

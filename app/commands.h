@@ -29,8 +29,10 @@ inline constexpr int kFindAgain = 32797;
 inline constexpr int kSort = 32796;
 inline constexpr int kFilter = 32795;
 inline constexpr int kAbout = 32784;
-// Not in the command table: the help page.
+// Not in the command table: the help page, the record editor on a new record, importing a CSV file.
 inline constexpr int kHelp = 0;
+inline constexpr int kNewRecord = 32807;
+inline constexpr int kImportCsv = 32950;
 
 // The column menu.
 inline constexpr int kSortForward = 1300;

@@ -13,15 +13,12 @@ void PositionOpenedDatabase(Workspace& workspace, Database& db) {
   qv::PositionOpenedDatabase(db, workspace.prompter);
 }
 
-void RebuildList(Database& db) { RebuildFilteredList(db); }
+void RebuildList(Database& db) {
+  RebuildFilteredList(db);
+}
 
-bool CanSortFromList() { return true; }
-
-void SortOnField(Workspace& workspace, Database& db, int slot, bool forward) {
-  workspace.prompter.busy(true);
-  SortOnColumn(db, slot, forward, workspace.prompter);
-  workspace.prompter.busy(false);
-  db.changed = true;
+bool CanSortFromList() {
+  return true;
 }
 
 void StoreListEdit(Workspace& workspace, Database& db, std::uint32_t number, int slot,
@@ -30,7 +27,8 @@ void StoreListEdit(Workspace& workspace, Database& db, std::uint32_t number, int
   RecordValues values = DecodeRecord(db.records[number].data);
   values.Set(slot, Bytes(value.begin(), value.end()));
   // The record moves to its place in sort order and dependent values follow.
-  if (auto placed = StoreRecordSorted(db, values, number, true, workspace.prompter)) db.current = *placed;
+  if (auto placed = StoreRecordSorted(db, values, number, true, workspace.prompter))
+    db.current = *placed;
   db.changed = true;
 }
 

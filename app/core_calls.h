@@ -15,8 +15,6 @@ namespace qv::app {
 void PositionOpenedDatabase(Workspace& workspace, Database& db);
 // Rebuilds the visible list after records changed.
 void RebuildList(Database& db);
-// Makes `slot` the only sort key, in the given direction, and resorts.
-void SortOnField(Workspace& workspace, Database& db, int slot, bool forward);
 // Whether sorting is available in this build.
 bool CanSortFromList();
 // Replaces one value of record `number` as an in-list edit does and keeps the table in order.

@@ -9,6 +9,7 @@
 #include "app/preferences_store.h"
 #include "app/recent_files.h"
 #include "engine/text.h"
+#include "exchange/conversion.h"
 
 namespace qv::app {
 
@@ -103,20 +104,15 @@ bool FileFlows::OpenDatabaseFile(const std::string& path) {
   for (int pass = 0;; ++pass) {
     Header header;
     int kind = ReadHeader(path, header);
-    if (kind == 1 || (kind == 0 && !TestForFile(path))) break;  // the load reports a missing file
-    if (pass == 0 && s_.converter.IsOlderFormat(path)) {
-      Answer a = prompter.ask(
-          "This database file is not in the current Quorvant database format. Would you like to "
-          "updated the database to the latest format? (Y/N)",
-          "Update", Buttons::YesNo, Icon::Question);
+    // A 2.x file carries the same creator code: its settings record tells it apart.
+    const bool older = pass == 0 && kind == 1 && s_.converter.IsOlderFormat(path);
+    // The load reports a missing file.
+    if (!older && (kind == 1 || (kind == 0 && !TestForFile(path)))) break;
+    if (older) {
+      Answer a = prompter.ask(kConversionOffer, "QUESTION", Buttons::YesNo, Icon::Question);
       if (a != Answer::Yes) return false;
       if (auto parent = s_.converter.ParentToConvertFirst(path)) {
-        prompter.message(
-            StringPrintf("This database file cannot be converted until the file %s is converted "
-                         "to 3.0, as the relationship between them requires the Parent database "
-                         "to be converted first.",
-                         parent->c_str()),
-            "Error", Icon::Error);
+        prompter.message(StringPrintf(kConvertParentFirst, parent->c_str()), "Error", Icon::Error);
         return false;
       }
       if (!s_.converter.Convert(path, ws)) return false;
@@ -144,14 +140,12 @@ bool FileFlows::OpenDatabaseFile(const std::string& path) {
 
 bool FileFlows::New() {
   Workspace& ws = s_.workspace;
-  if (CloseCurrent(true, false) == kCloseCancelled) return false;
   auto fresh = NewDatabase("Untitled", ws.clock);
   fresh->path = kUntitledPath;
+  // Defined first, so Cancel leaves the open database open.
+  if (!s_.dialogs.DefineNewDatabase(*fresh)) return false;
+  if (CloseCurrent(true, false) == kCloseCancelled) return false;
   ws.ReplaceCurrent(std::move(fresh));
-  if (!s_.dialogs.DefineNewDatabase(db())) {
-    ws.ReplaceCurrent(std::make_unique<Database>());
-    return true;
-  }
   db().changed = true;
   RebuildList(db());
   return true;
@@ -222,9 +216,10 @@ bool FileFlows::SaveAs() {
   return true;
 }
 
-bool FileFlows::Close() {
+bool FileFlows::Close(const std::function<void()>& closed) {
   if (CloseCurrent(true, false) == kCloseCancelled) return false;
   s_.workspace.ReplaceCurrent(std::make_unique<Database>());
+  if (closed) closed();
   RunStartChooser();
   return true;
 }

@@ -2,6 +2,7 @@
 // New, Open, Reopen, Save, Save As, Close and Exit, the close-with-save rule and the opening of
 // the first database at start. No widgets: the screens come through FileDialogs.
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -44,8 +45,8 @@ class FileFlows {
   bool Reopen(int k);
   bool Save();
   bool SaveAs();
-  // Close, then the start chooser.
-  bool Close();
+  // Close, then the start chooser; `closed` runs in between (the window empties its list).
+  bool Close(const std::function<void()>& closed = {});
   // Exit: false when the user cancelled and the program keeps running.
   bool Exit();
 

@@ -10,11 +10,15 @@ static void LoadHelpResources() { Q_INIT_RESOURCE(quorvant); }
 
 namespace qv::app {
 
-bool OpenHelpPage(const Paths& paths) {
-  LoadHelpResources();
+std::string HelpPagePath(const Paths& paths) {
   QString folder = QString::fromStdString(paths.TempFolder());
   if (folder.isEmpty()) folder = QDir::tempPath();
-  QString target = QDir(folder).filePath("quorvant.htm");
+  return QDir(folder).filePath("quorvant.htm").toStdString();
+}
+
+bool OpenHelpPage(const Paths& paths) {
+  LoadHelpResources();
+  QString target = QString::fromStdString(HelpPagePath(paths));
   QFile source(":/help/quorvant.htm");
   if (!source.open(QIODevice::ReadOnly)) return false;
   QFile out(target);

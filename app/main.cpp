@@ -2,13 +2,17 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QSessionManager>
 #include <QStatusBar>
 #include <clocale>
+#include <cstdio>
+#include <string_view>
 
 #include "app/application.h"
 #include "app/gui_prompter.h"
 #include "app/launch_request.h"
+#include "app/older_format_converter.h"
 #include "app/password_dialog.h"
 #include "app/security_gate.h"
 #include "app/signal_watcher.h"
@@ -20,11 +24,19 @@
 #include "platform/system_clock.h"
 
 int main(int argc, char** argv) {
+  // Answered before any window system is needed, so scripts and package checks can ask.
+  if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    std::printf("quorvant 3.0\n");
+    return 0;
+  }
   QApplication qt(argc, argv);
   // Qt set the C library's locale from the environment; stored numbers always use ".".
   std::setlocale(LC_NUMERIC, "C");
   QApplication::setApplicationName("Quorvant");
   QApplication::setApplicationVersion("3.0");
+  // The installed theme icon where there is one; the built-in one otherwise.
+  QApplication::setWindowIcon(QIcon::fromTheme("quorvant", QIcon(":/icons/quorvant.png")));
+  QGuiApplication::setDesktopFileName("quorvant");
 
   std::vector<std::string> arguments;
   for (const QString& a : QApplication::arguments().mid(1)) arguments.push_back(a.toStdString());
@@ -43,12 +55,13 @@ int main(int argc, char** argv) {
   qv::app::WidgetDialogs dialogs;
   qv::app::GuiPasswordPrompter passwords;
   qv::app::SecurityAccessGate access(passwords);
-  qv::app::NoFormatConverter converter;
+  qv::app::OlderFormatConverter converter;
   qv::app::NoNotificationHandler alarms;
   qv::app::Application application(qv::app::ApplicationServices{
       settings, paths, clock, prompter, dialogs, access, converter, alarms});
   application.workspace().options = qv::SystemFormatOptions(&settings);
   dialogs.setWorkspace(&application.workspace());
+  dialogs.setAccess(&access);
 
   qv::app::MainWindow& window = application.CreateWindow();
   prompter.setParent(&window);

@@ -3,13 +3,16 @@
 #include <QCloseEvent>
 #include <QFileInfo>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+#include <QUndoStack>
 
 #include "app/commands.h"
 #include "app/help_page.h"
 #include "app/recent_files.h"
+#include "app/status_text.h"
 #include "app/window_title.h"
 
 namespace qv::app {
@@ -18,10 +21,14 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
     : QMainWindow(parent),
       context_(context),
       flows_(FlowServices{context.workspace, context.paths, context.dialogs, context.access,
-                          context.converter}) {
+                          context.converter}),
+      history_(context.workspace) {
   setWindowTitle("Quorvant");
   panel_ = new RecordListPanel(context_.workspace, context_.dialogs, context_.access, this);
   setCentralWidget(panel_);
+  panel_->setHistory(&history_);
+  connect(&history_, &EditHistory::applied, this, &MainWindow::Refresh);
+  transfer_ = std::make_unique<RecordTransfer>(context_, this);
   BuildMenus();
   statusBar()->setSizeGripEnabled(true);
   connect(panel_, &RecordListPanel::databaseChanged, this, &MainWindow::UpdateTitle);
@@ -45,47 +52,59 @@ QAction* MainWindow::AddCommand(QMenu* menu, const QString& text, int command, b
 void MainWindow::BuildMenus() {
   using namespace command;
   QMenu* file = menuBar()->addMenu(tr("&File"));
-  AddCommand(file, tr("New"), kNew, true, QKeySequence::New);
-  AddCommand(file, tr("Open..."), kOpen, true, QKeySequence::Open);
-  reopen_ = file->addMenu(tr("Reopen"));
+  AddCommand(file, tr("&New"), kNew, true, QKeySequence::New);
+  AddCommand(file, tr("&Open..."), kOpen, true, QKeySequence::Open);
+  reopen_ = file->addMenu(tr("&Reopen"));
   for (int k = 0; k < kRecentFiles; ++k) AddCommand(reopen_, QString(), kReopenFirst + k);
   reopen_->addSeparator();
   AddCommand(reopen_, tr("More Files..."), kMoreFiles);
   connect(reopen_, &QMenu::aboutToShow, this, &MainWindow::FillReopenMenu);
   FillReopenMenu();
-  AddCommand(file, tr("Save"), kSave, true, QKeySequence::Save);
-  AddCommand(file, tr("Save As..."), kSaveAs, true, QKeySequence::SaveAs);
-  AddCommand(file, tr("Close"), kClose, true, QKeySequence::Close);
+  AddCommand(file, tr("&Save"), kSave, true, QKeySequence::Save);
+  AddCommand(file, tr("Save &As..."), kSaveAs, true, QKeySequence::SaveAs);
+  AddCommand(file, tr("&Close"), kClose, true, QKeySequence::Close);
   file->addSeparator();
-  AddCommand(file, tr("Preferences..."), kPreferences);
-  // Commands whose features arrive later are listed and disabled.
-  AddCommand(file, tr("DB Properties..."), kDbProperties, false);
+  AddCommand(file, tr("&Import CSV..."), kImportCsv, true, QKeySequence(tr("Ctrl+I")));
   file->addSeparator();
-  AddCommand(file, tr("Exit"), kExit, true, QKeySequence::Quit);
+  AddCommand(file, tr("&Preferences..."), kPreferences);
+  AddCommand(file, tr("DB Properties..."), kDbProperties);
+  file->addSeparator();
+  AddCommand(file, tr("E&xit"), kExit, true, QKeySequence::Quit);
 
+  BuildEditMenu();
   QMenu* actions = menuBar()->addMenu(tr("&Actions"));
-  AddCommand(actions, tr("Find..."), kFind, false, QKeySequence::Find);
-  AddCommand(actions, tr("Find Again"), kFindAgain, false, QKeySequence::FindNext);
-  AddCommand(actions, tr("Sort..."), kSort, false);
-  AddCommand(actions, tr("Filter..."), kFilter, false);
+  AddCommand(actions, tr("New Record"), kNewRecord, true, QKeySequence(Qt::Key_Insert));
   actions->addSeparator();
-  AddCommand(actions, tr("Delete Records..."), kDeleteRecords);
-  AddCommand(actions, tr("Run Report..."), kRunReport);
+  AddCommand(actions, tr("&Find..."), kFind, true, QKeySequence::Find);
+  AddCommand(actions, tr("Find &Again"), kFindAgain, true, QKeySequence(Qt::Key_F3));
+  AddCommand(actions, tr("&Sort..."), kSort, true, QKeySequence(tr("Ctrl+T", "Sort")));
+  AddCommand(actions, tr("F&ilter..."), kFilter, true, QKeySequence(tr("Ctrl+L", "Filter")));
   actions->addSeparator();
-  AddCommand(actions, tr("Move Records To..."), kMoveRecords, false);
-  AddCommand(actions, tr("Copy Records To..."), kCopyRecords, false);
-  AddCommand(actions, tr("Export Records..."), kExportRecords, false);
-  AddCommand(actions, tr("Print Records..."), kPrintRecords, false);
+  AddCommand(actions, tr("&Delete Records..."), kDeleteRecords);
+  AddCommand(actions, tr("Run &Report..."), kRunReport, true, QKeySequence(tr("Ctrl+R")));
+  actions->addSeparator();
+  AddCommand(actions, tr("Move Records To..."), kMoveRecords);
+  AddCommand(actions, tr("Copy Records To..."), kCopyRecords);
+  AddCommand(actions, tr("&Export Records..."), kExportRecords, true, QKeySequence(tr("Ctrl+E")));
+  AddCommand(actions, tr("Print Records..."), kPrintRecords);
   actions->addSeparator();
   AddCommand(actions, tr("Beam Records..."), kBeamRecords, false);
   AddCommand(actions, tr("Beam Database..."), kBeamDatabase, false);
   AddCommand(actions, tr("Receive Via Infrared..."), kReceive, false);
 
   QMenu* help = menuBar()->addMenu(tr("&Help"));
-  QAction* contents = help->addAction(tr("Quorvant Help"));
+  QAction* contents = help->addAction(tr("Quorvant &Help"));
   contents->setShortcut(QKeySequence::HelpContents);
-  connect(contents, &QAction::triggered, this, [this] { OpenHelpPage(context_.paths); });
-  AddCommand(help, tr("About"), kAbout);
+  connect(contents, &QAction::triggered, this, [this] {
+    if (OpenHelpPage(context_.paths)) return;
+    QString path = QString::fromStdString(HelpPagePath(context_.paths));
+    QMessageBox::information(
+        this, tr("Quorvant Help"),
+        tr("No web browser could be started.\n\nThe user guide is the file\n%1\n"
+           "Open it in any web browser.")
+            .arg(path));
+  });
+  AddCommand(help, tr("&About"), kAbout);
 
   QToolBar* tools = addToolBar(tr("Commands"));
   tools->setObjectName("commands");
@@ -95,9 +114,22 @@ void MainWindow::BuildMenus() {
   actions_[kOpen]->setIcon(style()->standardIcon(QStyle::SP_DialogOpenButton));
   actions_[kSave]->setIcon(style()->standardIcon(QStyle::SP_DialogSaveButton));
   actions_[kDeleteRecords]->setIcon(style()->standardIcon(QStyle::SP_TrashIcon));
+  actions_[kNewRecord]->setIcon(style()->standardIcon(QStyle::SP_FileDialogNewFolder));
   for (int c : {kNew, kOpen, kSave}) tools->addAction(actions_[c]);
   tools->addSeparator();
+  tools->addAction(actions_[kNewRecord]);
   tools->addAction(actions_[kDeleteRecords]);
+}
+
+void MainWindow::BuildEditMenu() {
+  // The entries name what they would undo or redo: "Undo Edit Record".
+  QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+  QAction* undo = history_.stack()->createUndoAction(this, tr("Undo"));
+  undo->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
+  QAction* redo = history_.stack()->createRedoAction(this, tr("Redo"));
+  redo->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+  edit->addAction(undo);
+  edit->addAction(redo);
 }
 
 void MainWindow::FillReopenMenu() {
@@ -119,10 +151,21 @@ QAction* MainWindow::action(int command) const {
 
 void MainWindow::UpdateTitle() {
   const bool open = context_.workspace.has_open_database();
-  setWindowTitle(QString::fromStdString(WindowTitle(context_.workspace)));
+  // Whether the name is shared is read from the recent files once per opened file.
+  const std::string path = open ? context_.workspace.current().path : std::string();
+  if (path != titled_path_) {
+    titled_path_ = path;
+    name_shared_ = open && NameSharedWithRecentFile(context_.workspace);
+  }
+  setWindowTitle(QString::fromStdString(name_shared_ ? TitleNamingFile(context_.workspace)
+                                                     : WindowTitle(context_.workspace)));
   for (int c : {command::kSave, command::kSaveAs, command::kClose, command::kDeleteRecords,
-                command::kRunReport})
+                command::kRunReport, command::kDbProperties, command::kNewRecord, command::kFind,
+                command::kFindAgain, command::kSort, command::kFilter, command::kExportRecords,
+                command::kImportCsv, command::kMoveRecords, command::kCopyRecords,
+                command::kPrintRecords})
     actions_[c]->setEnabled(open);
+  statusBar()->showMessage(QString::fromStdString(ListStatusText(context_.workspace)));
 }
 
 namespace {
@@ -164,7 +207,7 @@ void MainWindow::RunCommand(int command) {
         if (command == kSave ? flows_.Save() : flows_.SaveAs()) UpdateTitle();
         return;
       case kClose:
-        refresh = flows_.Close();
+        refresh = flows_.Close([this] { Refresh(); });
         break;
       case kPreferences: {
         Preferences p = context_.workspace.preferences;
@@ -179,9 +222,40 @@ void MainWindow::RunCommand(int command) {
       case kDeleteRecords:
         panel_->DeleteRecords();
         return;
+      case kNewRecord:
+        panel_->NewRecord();
+        return;
+      case kDbProperties:
+        panel_->EditProperties();
+        return;
       case kRunReport:
         panel_->RunFieldReport(panel_->CurrentSlot());
         return;
+      case kFind:
+      case kFindAgain: {
+        auto match = command == kFind ? panel_->data().Find() : panel_->data().FindAgain();
+        if (match) panel_->SelectMatch(*match);
+        return;
+      }
+      case kSort:
+        refresh = panel_->data().Sort();
+        break;
+      case kFilter:
+        refresh = panel_->data().Filter();
+        break;
+      case kExportRecords:
+        panel_->data().Export();
+        return;
+      case kImportCsv:
+        refresh = panel_->data().Import();
+        break;
+      case kPrintRecords:
+        transfer_->Print();
+        return;
+      case kMoveRecords:
+      case kCopyRecords:
+        refresh = transfer_->Transfer(command == kMoveRecords);
+        break;
       case kAbout:
         context_.dialogs.ShowAbout();
         return;
@@ -189,6 +263,8 @@ void MainWindow::RunCommand(int command) {
         return;
     }
   }
+  // Another database (or none): nothing before it can be undone.
+  if (refresh) history_.Clear();
   if (refresh) Refresh();
 }
 
@@ -198,8 +274,10 @@ void MainWindow::HandleLaunchText(const QString& text) {
 
 void MainWindow::DeliverLaunchText(const QString& text) {
   Running running(running_);
-  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen()))
+  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen())) {
+    history_.Clear();
     Refresh();
+  }
   raise();
   activateWindow();
 }

@@ -4,11 +4,15 @@
 
 #include <QMainWindow>
 #include <map>
+#include <string>
+#include <memory>
 
 #include "app/app_context.h"
+#include "app/edit_history.h"
 #include "app/file_flows.h"
 #include "app/launch_queue.h"
 #include "app/record_list_panel.h"
+#include "app/record_transfer.h"
 
 class QMenu;
 
@@ -30,6 +34,8 @@ class MainWindow : public QMainWindow {
   QAction* action(int command) const;
   RecordListPanel* panel() const { return panel_; }
   FileFlows& flows() { return flows_; }
+  EditHistory& history() { return history_; }
+  RecordTransfer& transfer() { return *transfer_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -38,6 +44,7 @@ class MainWindow : public QMainWindow {
   QAction* AddCommand(QMenu* menu, const QString& text, int command, bool available = true,
                       const QKeySequence& shortcut = {});
   void BuildMenus();
+  void BuildEditMenu();
   void FillReopenMenu();
   void UpdateTitle();
   void Refresh() { panel_->Refresh(); }
@@ -46,12 +53,16 @@ class MainWindow : public QMainWindow {
 
   AppContext context_;
   FileFlows flows_;
+  EditHistory history_;
   RecordListPanel* panel_;
+  std::unique_ptr<RecordTransfer> transfer_;
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
   bool exiting_ = false;
   int running_ = 0;  // commands in progress (their dialogs may hold the database)
   LaunchQueue* launches_;
+  std::string titled_path_;  // the file the title was last made for
+  bool name_shared_ = false;
 };
 
 }  // namespace qv::app

@@ -34,6 +34,11 @@ class AccessGate {
   // Before a record is opened or edited in the list: a record whose fields are enciphered is
   // deciphered under the encryption password; false keeps it closed.
   virtual bool DecipherRecord(Workspace&, Database&, std::uint32_t) { return true; }
+  // As the record editor closes a record: its marked fields are enciphered in mode 1, and in
+  // mode 2 when its "Encrypt" box is ticked (`manual`).
+  virtual void EncipherRecord(Workspace&, Database&, std::uint32_t, bool) {}
+  // "Set Access Password" of the security page; false when cancelled.
+  virtual bool ChangeAccessPassword(Workspace&, Database&) { return false; }
 };
 
 // Every action open to everyone (batch work and tests; the program uses SecurityAccessGate).

@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QVBoxLayout>
 
 namespace qv::app {
@@ -32,6 +33,13 @@ PreferencesDialog::PreferencesDialog(const Preferences& p, QWidget* parent) : QD
   layout->addWidget(autoSaveLabel);
   layout->addWidget(autoSaveList);
   layout->addSpacing(8);
+  auto* printLabel = new QLabel(tr("Print command:"), this);
+  print_command_ = new QLineEdit(QString::fromStdString(p.print_command), this);
+  print_command_->setPlaceholderText("lp");
+  printLabel->setBuddy(print_command_);
+  layout->addWidget(printLabel);
+  layout->addWidget(print_command_);
+  layout->addSpacing(8);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   layout->addWidget(buttons);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -44,6 +52,7 @@ Preferences PreferencesDialog::values(Preferences base) const {
   base.allow_checks = boxes_[2]->isChecked();
   base.allow_popups = boxes_[3]->isChecked();
   base.allow_date_time = boxes_[4]->isChecked();
+  base.print_command = print_command_->text().trimmed().toStdString();
   return base;
 }
 

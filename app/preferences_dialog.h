@@ -6,6 +6,7 @@
 #include "engine/workspace.h"
 
 class QCheckBox;
+class QLineEdit;
 
 namespace qv::app {
 
@@ -19,6 +20,7 @@ class PreferencesDialog : public QDialog {
 
  private:
   QCheckBox* boxes_[5];
+  QLineEdit* print_command_;
 };
 
 }  // namespace qv::app

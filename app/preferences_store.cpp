@@ -15,6 +15,7 @@ Preferences ReadPreferences(const Settings& settings) {
   p.allow_checks = ReadFlag(settings, "AllowChecks", p.allow_checks);
   p.allow_popups = ReadFlag(settings, "AllowPopups", p.allow_popups);
   p.allow_date_time = ReadFlag(settings, "AllowDateTime", p.allow_date_time);
+  p.print_command = settings.read("PrintCommand").value_or("");
   return p;
 }
 
@@ -24,6 +25,7 @@ void WritePreferences(Settings& settings, const Preferences& p) {
   WriteIntSetting(settings, "AllowChecks", p.allow_checks);
   WriteIntSetting(settings, "AllowPopups", p.allow_popups);
   WriteIntSetting(settings, "AllowDateTime", p.allow_date_time);
+  if (!p.print_command.empty()) settings.write("PrintCommand", p.print_command);
 }
 
 }  // namespace qv::app

@@ -54,13 +54,25 @@ int RecordListModel::RowOfRecord(std::uint32_t number) const {
   return it == end ? -1 : static_cast<int>(it - visible.begin());
 }
 
-int RecordListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : rows_; }
+int RecordListModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : rows_;
+}
 
 int RecordListModel::columnCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : static_cast<int>(columns_.size());
 }
 
+QVariant RecordListModel::Alignment(int column) const {
+  int slot = SlotOfColumn(column);
+  if (slot < 0 || !workspace_.has_open_database()) return {};
+  // Numbers line up on their last digit, headings over them.
+  unsigned type = workspace_.current().definition().field_type(slot);
+  bool number = type == kInteger || type == kFloat || type == kUnique || type == kCalculated;
+  return QVariant::fromValue((number ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+}
+
 QVariant RecordListModel::data(const QModelIndex& index, int role) const {
+  if (role == Qt::TextAlignmentRole) return Alignment(index.column());
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != Qt::CheckStateRole) return {};
   auto number = RecordOfRow(index.row());
   int slot = SlotOfColumn(index.column());
@@ -82,8 +94,9 @@ QVariant RecordListModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant RecordListModel::headerData(int section, Qt::Orientation orientation, int role) const {
-  if (orientation != Qt::Horizontal) return QAbstractTableModel::headerData(section, orientation, role);
-  if (role == Qt::TextAlignmentRole) return QVariant::fromValue(Qt::AlignLeft | Qt::AlignVCenter);
+  if (orientation != Qt::Horizontal)
+    return QAbstractTableModel::headerData(section, orientation, role);
+  if (role == Qt::TextAlignmentRole) return Alignment(section);
   if (role != Qt::DisplayRole) return {};
   int slot = SlotOfColumn(section);
   if (slot < 0 || !workspace_.has_open_database()) return {};

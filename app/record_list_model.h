@@ -37,6 +37,7 @@ class RecordListModel : public QAbstractTableModel {
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:
+  QVariant Alignment(int column) const;
   Workspace& workspace_;
   std::vector<ListColumn> columns_;
   int rows_ = 0;

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+#include "app/data_flows.h"
 #include "app/dialogs.h"
 #include "app/open_hooks.h"
 #include "app/record_list_model.h"
@@ -15,15 +16,31 @@ class QLabel;
 
 namespace qv::app {
 
+class EditHistory;
+
 class RecordListPanel : public QWidget {
   Q_OBJECT
  public:
-  RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access, QWidget* parent = nullptr);
+  RecordListPanel(Workspace& workspace, Dialogs& dialogs, AccessGate& access,
+                  QWidget* parent = nullptr);
 
   // Rebuilds columns and rows, selects the current record and updates the label.
   void Refresh();
   // A tap on a cell of the list.
   void Tap(int row, int column);
+  // A click: the in-list choosers where the preferences allow them, else the row is selected.
+  void Click(int row, int column);
+  // A double-click or Enter on a row: the record editor.
+  void Activate(int row);
+  // "New Record" (Insert): the record editor on a new record.
+  void NewRecord();
+  // "DB Properties..." and the column menu's "Field Properties" (slot -1: the General page).
+  void EditProperties(int slot = -1);
+  // Where record edits are kept for Undo; none: edits are not undoable.
+  void setHistory(EditHistory* history) { history_ = history; }
+  // After a command changed records ("Set Values To.." among them): keeps the change for Undo,
+  // named `label`; `before` is the record table as it was.
+  void Remember(const QString& label, const std::vector<RecordSlot>& before);
   // The column menu's commands (1300..1305) for the field of `column`.
   void RunColumnCommand(int column, int command);
   // The report of a field (slot -1: none chosen) in the report window.
@@ -37,6 +54,12 @@ class RecordListPanel : public QWidget {
   void DeleteRecords();
   // Selects the record's row and scrolls it into view.
   void SelectRecord(std::uint32_t number);
+  // Selects the found record and field (column -1: the row only) and scrolls them into view.
+  void SelectMatch(const FindMatch& match);
+  // The column menu of a column, at its header; from the keyboard, of the current column.
+  void ShowColumnMenu(int column);
+  // The data commands (find, sort, filter, export, import, set values).
+  DataFlows& data() { return data_; }
 
   RecordListView* view() const { return view_; }
   RecordListModel* model() const { return model_; }
@@ -48,14 +71,17 @@ class RecordListPanel : public QWidget {
   void databaseChanged();
 
  private:
-  void ShowColumnMenu(int column);
   void ColumnResized(int column, int new_size);
   void Typed(QChar c);
   void Erased();
   void ApplyTypeAhead(std::optional<std::uint32_t> found);
   bool EditInList(Database& db, std::uint32_t number, int slot, const QRect& cell);
+  bool EditableInList(const Database& db, int slot) const;
+  void OpenEditor(Database& db, std::uint32_t number, bool view_only);
   QRect CellRect(int row, int column) const;
   void FillViews();
+  void ShowSortIndicator();
+  void CurrentRowMoved(int row);
 
   Workspace& workspace_;
   Dialogs& dialogs_;
@@ -65,7 +91,9 @@ class RecordListPanel : public QWidget {
   RecordListView* view_;
   RecordListModel* model_;
   TypeAhead type_ahead_;
+  DataFlows data_;
   bool refreshing_ = false;
+  EditHistory* history_ = nullptr;
 };
 
 }  // namespace qv::app

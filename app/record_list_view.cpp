@@ -3,6 +3,8 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 
+#include "app/list_font.h"
+
 namespace qv::app {
 
 RecordListView::RecordListView(QWidget* parent) : QTableView(parent) {
@@ -14,6 +16,7 @@ RecordListView::RecordListView(QWidget* parent) : QTableView(parent) {
   setWordWrap(false);
   setTextElideMode(Qt::ElideRight);
   setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+  setFont(BoldListFont(font()));
   QHeaderView* rows = verticalHeader();
   rows->setVisible(false);
   rows->setSectionResizeMode(QHeaderView::Fixed);
@@ -28,6 +31,11 @@ RecordListView::RecordListView(QWidget* parent) : QTableView(parent) {
 }
 
 void RecordListView::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Menu ||
+      (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier)) {
+    emit columnMenuRequested();
+    return;
+  }
   const Qt::KeyboardModifiers mods = event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier);
   if (mods == Qt::NoModifier) {
     if (event->key() == Qt::Key_Backspace) {

@@ -15,6 +15,8 @@ class RecordListView : public QTableView {
   // A letter, digit, blank or punctuation character typed into the list.
   void characterTyped(QChar c);
   void backspaceTyped();
+  // The menu key or Shift+F10: the column menu of the current column.
+  void columnMenuRequested();
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;

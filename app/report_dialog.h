@@ -4,6 +4,8 @@
 #include <QDialog>
 #include <string>
 
+class QPlainTextEdit;
+
 namespace qv::app {
 
 class ReportDialog : public QDialog {
@@ -11,10 +13,13 @@ class ReportDialog : public QDialog {
  public:
   // `text` is the report as the core makes it (lines ending in CR LF), UTF-8.
   ReportDialog(const std::string& text, QWidget* parent = nullptr);
+  // The text as shown.
+  QString shownText() const;
 
  private:
   void Save();
   std::string text_;
+  QPlainTextEdit* view_;
 };
 
 }  // namespace qv::app

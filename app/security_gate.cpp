@@ -5,6 +5,7 @@
 #include "security/cipher_session.h"
 #include "security/enciphered.h"
 #include "security/protected_open.h"
+#include "security/settings.h"
 
 namespace qv::app {
 
@@ -39,6 +40,22 @@ bool SecurityAccessGate::DecipherRecord(Workspace& workspace, Database& db,
   DecipherForReading(db, ui);
   RebuildFilteredList(db);
   return true;
+}
+
+void SecurityAccessGate::EncipherRecord(Workspace& workspace, Database& db, std::uint32_t number,
+                                        bool manual) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  // A cancelled prompt leaves the record plain, as the user chose.
+  if (GetEncryptionMode(db.definition()) == kEncryptMarkedFields) {
+    EncipherOnRecordClose(db, number, ui);
+  } else if (manual && GetEncryptionMode(db.definition()) == kManualEncryption) {
+    qv::EncipherRecord(db, number, ui);
+  }
+}
+
+bool SecurityAccessGate::ChangeAccessPassword(Workspace& workspace, Database& db) {
+  SecurityUi ui{workspace.prompter, passwords_, workspace.password_buffer};
+  return qv::ChangeAccessPassword(db.definition(), ui);
 }
 
 }  // namespace qv::app

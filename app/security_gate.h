@@ -15,6 +15,8 @@ class SecurityAccessGate : public AccessGate {
   int CheckAccess(Workspace& workspace, Database& db, Guarded action, bool show_message) override;
   void EncipherOnClose(Workspace& workspace, Database& db) override;
   bool DecipherRecord(Workspace& workspace, Database& db, std::uint32_t number) override;
+  void EncipherRecord(Workspace& workspace, Database& db, std::uint32_t number, bool manual) override;
+  bool ChangeAccessPassword(Workspace& workspace, Database& db) override;
 
  private:
   PasswordPrompter& passwords_;

@@ -6,6 +6,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/list_font.h"
+
 namespace qv::app {
 
 StartChooserDialog::StartChooserDialog(const std::vector<RecentEntry>& entries, QWidget* parent)
@@ -21,9 +23,7 @@ StartChooserDialog::StartChooserDialog(const std::vector<RecentEntry>& entries, 
   auto* orLabel = new QLabel(tr("Or"), this);
   auto* openLabel = new QLabel(tr("Open an existing file"), this);
   list_ = new QListWidget(this);
-  QFont bold = list_->font();
-  bold.setBold(true);
-  list_->setFont(bold);
+  list_->setFont(BoldListFont(list_->font()));
   list_->setSpacing(2);
   list_->addItem(tr("More files..."));
   for (const RecentEntry& e : entries_) list_->addItem(QString::fromStdString(e.name));

@@ -6,9 +6,10 @@
 #include "app/about_dialog.h"
 #include "app/date_chooser.h"
 #include "app/delete_records_dialog.h"
-#include "app/new_database_dialog.h"
+#include "app/field_editor_dialog.h"
+#include "app/properties_dialog.h"
+#include "app/record_editor_dialog.h"
 #include "app/preferences_dialog.h"
-#include "app/record_view_dialog.h"
 #include "app/report_dialog.h"
 #include "app/start_chooser_dialog.h"
 #include "app/time_chooser.h"
@@ -22,9 +23,11 @@ const char kFilter[] = "Quorvant Files (*.pdb *.PDB);;All Files (*)";
 
 std::optional<std::string> RunFileDialog(QWidget* parent, QFileDialog::AcceptMode mode,
                                          const std::string& start) {
-  QFileDialog dialog(parent, mode == QFileDialog::AcceptOpen ? QObject::tr("Open") : QObject::tr("Save As"));
+  QFileDialog dialog(
+      parent, mode == QFileDialog::AcceptOpen ? QObject::tr("Open") : QObject::tr("Save As"));
   dialog.setAcceptMode(mode);
-  dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+  dialog.setFileMode(mode == QFileDialog::AcceptOpen ? QFileDialog::ExistingFile
+                                                     : QFileDialog::AnyFile);
   dialog.setNameFilter(kFilter);
   dialog.setDefaultSuffix("PDB");
   QFileInfo info(QString::fromStdString(start));
@@ -62,18 +65,41 @@ StartChoice WidgetDialogs::ChooseStart(const std::vector<RecentEntry>& entries) 
 }
 
 bool WidgetDialogs::DefineNewDatabase(Database& db) {
-  NewDatabaseDialog dialog(parent_);
-  dialog.setTarget(&db);
-  return dialog.exec() == QDialog::Accepted;
+  if (!workspace_) return false;
+  // A new database starts on the Fields page, where its fields are made.
+  PropertiesDialog dialog(*workspace_, access_ ? *access_ : open_access_, db, parent_);
+  dialog.ShowPage(PropertiesDialog::kFieldsPage);
+  if (dialog.exec() != QDialog::Accepted) return false;
+  dialog.TakeResult(db);
+  return true;
 }
 
-bool WidgetDialogs::OpenRecord(Database& db, std::uint32_t number, bool) {
-  if (number >= db.count()) return false;
+bool WidgetDialogs::OpenRecord(Database& db, std::uint32_t number, bool view_only) {
+  if (!workspace_ || (number >= db.count() && number != kNewRecord)) return false;
   record_open_ = true;
-  RecordViewDialog dialog(db, number, workspace_ ? workspace_->options : FormatOptions{}, parent_);
-  dialog.exec();
+  RecordEditorDialog dialog(*workspace_, db, access_ ? *access_ : open_access_, number, view_only,
+                            parent_);
+  if (dialog.Start()) dialog.exec();
   record_open_ = false;
-  return false;
+  return dialog.changed();
+}
+
+bool WidgetDialogs::EditProperties(Database& db, int field) {
+  if (!workspace_) return false;
+  AccessGate& access = access_ ? *access_ : open_access_;
+  if (field >= 0) {
+    // "Field Properties" of the column menu: the field editor alone, on a working copy.
+    Database copy = db;
+    FieldEditorDialog dialog(*workspace_, copy, field, parent_);
+    if (dialog.exec() != QDialog::Accepted) return false;
+    db = std::move(copy);
+    db.changed = true;
+    return true;
+  }
+  PropertiesDialog dialog(*workspace_, access, db, parent_);
+  if (dialog.exec() != QDialog::Accepted) return false;
+  dialog.TakeResult(db);
+  return true;
 }
 
 bool WidgetDialogs::EditPreferences(Preferences& preferences) {
@@ -90,7 +116,8 @@ std::optional<DeleteScope> WidgetDialogs::AskDeleteScope() {
 }
 
 std::optional<std::string> WidgetDialogs::ChoosePopupItem(const std::vector<std::string>& items,
-                                                          const std::string& current, const QRect& cell) {
+                                                          const std::string& current,
+                                                          const QRect& cell) {
   if (items.empty()) return std::nullopt;
   QMenu menu(parent_);
   for (std::size_t i = 0; i < items.size(); ++i) {
@@ -130,7 +157,7 @@ void WidgetDialogs::ShowReport(const std::string& text) {
 }
 
 void WidgetDialogs::EditViews(Database& db, Prompter& prompter) {
-  ViewsDialog dialog(db, prompter, parent_);
+  ViewsDialog dialog(db, workspace_ ? workspace_->options : FormatOptions{}, prompter, parent_);
   dialog.exec();
 }
 

@@ -11,6 +11,7 @@
 #include "app/commands.h"
 #include "app/main_window.h"
 #include "engine/format.h"
+#include "engine/record.h"
 #include "engine/text.h"
 #include "tests/support/fakes.h"
 
@@ -37,11 +38,42 @@ class NoDialogs : public qv::app::Dialogs {
   bool EditPreferences(qv::Preferences&) override { return false; }
   std::optional<qv::app::DeleteScope> AskDeleteScope() override { return {}; }
   std::optional<std::string> ChoosePopupItem(const std::vector<std::string>&, const std::string&,
-                                             const QRect&) override { return {}; }
+                                             const QRect&) override {
+    return {};
+  }
   std::optional<qv::Dmy> ChooseDate(const qv::Dmy&, const QRect&) override { return {}; }
-  std::optional<qv::app::TimeOfDay> ChooseTime(const qv::app::TimeOfDay&, const QRect&) override { return {}; }
+  std::optional<qv::app::TimeOfDay> ChooseTime(const qv::app::TimeOfDay&, const QRect&) override {
+    return {};
+  }
   void ShowAbout() override {}
+  void ShowReport(const std::string&) override {}
+  void EditViews(qv::Database&, qv::Prompter&) override {}
   bool IsRecordOpen() const override { return false; }
+  std::optional<qv::FindSettings> AskFind(const qv::Database&, const qv::FindSettings&) override {
+    return {};
+  }
+  bool EditSort(qv::Database&, int, qv::Prompter&) override { return false; }
+  bool EditFilter(qv::Database&, int, const qv::FormatOptions&, qv::Prompter&) override {
+    return false;
+  }
+  std::optional<qv::app::ExportRequest> AskExport(const qv::Database&,
+                                                  const qv::Preferences&) override {
+    return {};
+  }
+  std::optional<qv::app::ImportRequest> AskImport(const qv::Database&,
+                                                  const qv::Preferences&) override {
+    return {};
+  }
+  std::optional<qv::Bytes> AskSetValue(const qv::Database&, int, const qv::FormatOptions&,
+                                       qv::Prompter&) override {
+    return set_value;
+  }
+  std::optional<qv::Bytes> set_value;
+  // Long work runs where it is measured, without a dialog.
+  bool RunLong(const std::string&, qv::app::LongWork work, qv::Prompter& shown) override {
+    work(shown);
+    return true;
+  }
 };
 
 struct Fixture {
@@ -59,7 +91,7 @@ struct Fixture {
   Fixture() {
     auto db = qv::NewDatabase("Big", clock);
     const std::pair<const char*, qv::FieldType> fields[] = {
-        {"Item", qv::kText}, {"Qty", qv::kInteger}, {"Price", qv::kFloat},
+        {"Item", qv::kText},   {"Qty", qv::kInteger},      {"Price", qv::kFloat},
         {"Bought", qv::kDate}, {"Counted", qv::kCheckBox}, {"Notes", qv::kNote}};
     for (int slot = 0; slot < 6; ++slot) {
       qv::FieldDefinition f = db->definition().field(slot);
@@ -81,9 +113,7 @@ struct Fixture {
     path = db->path;
   }
 
-  qv::app::AppContext context() {
-    return {workspace, paths, dialogs, access, converter, alarms};
-  }
+  qv::app::AppContext context() { return {workspace, paths, dialogs, access, converter, alarms}; }
 };
 
 Fixture& Shared() {
@@ -162,16 +192,38 @@ void BM_SortByColumn(benchmark::State& state) {
   window.show();
   bool forward = false;
   for (auto _ : state) {
-    window.panel()->RunColumnCommand(0, forward ? qv::app::command::kSortForward
-                                                : qv::app::command::kSortReverse);
+    window.panel()->RunColumnCommand(
+        0, forward ? qv::app::command::kSortForward : qv::app::command::kSortReverse);
     QPixmap frame = window.panel()->view()->viewport()->grab();
     benchmark::DoNotOptimize(frame);
     forward = !forward;
   }
-  if (f.workspace.current().definition().sort_key(0).field != 0) state.SkipWithError("no sort happened");
+  if (f.workspace.current().definition().sort_key(0).field != 0)
+    state.SkipWithError("no sort happened");
   f.workspace.Reset();
 }
 BENCHMARK(BM_SortByColumn)->Unit(benchmark::kMillisecond);
+
+// "Set Values To.." on the Qty column of every record, to the repainted list.
+void BM_SetValuesOfColumn(benchmark::State& state) {
+  Fixture& f = Shared();
+  qv::app::MainWindow window(f.context());
+  window.resize(920, 600);
+  window.flows().OpenDatabaseFile(f.path);
+  window.panel()->Refresh();
+  window.show();
+  std::int32_t n = 0;
+  for (auto _ : state) {
+    f.dialogs.set_value = qv::Int32Value(++n);
+    window.panel()->RunColumnCommand(1, qv::app::command::kSetValues);
+    QPixmap frame = window.panel()->view()->viewport()->grab();
+    benchmark::DoNotOptimize(frame);
+  }
+  if (qv::RecordValueText(f.workspace.current(), 0, 1, {}) != std::to_string(n))
+    state.SkipWithError("no value was set");
+  f.workspace.Reset();
+}
+BENCHMARK(BM_SetValuesOfColumn)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

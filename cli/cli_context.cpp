@@ -3,6 +3,8 @@
 #include <iostream>
 
 #include "cli/command_access.h"
+#include "cli/standard_streams.h"
+#include "cli/usage.h"
 #include "engine/text.h"
 #include "platform/pattern_check.h"
 #include "platform/qt/qt_locale.h"
@@ -79,14 +81,31 @@ bool CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
 }
 
 bool CliContext::Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
-                       const char* usage) {
+                       const char* usage_line, int max_positional) {
+  usage = usage_line;
   AddGlobalOptions(parser);
-  if (!parser.parse(arguments)) {
-    std::cerr << "qvdb: " << parser.errorText().toStdString() << "\nusage: qvdb " << usage << '\n';
+  parser.addOption({{"h", "help"}, "Show what the command does, an example and its options."});
+  bool parsed = parser.parse(arguments);
+  if ((parsed && parser.isSet("help")) ||
+      (!parsed && (arguments.contains("--help") || arguments.contains("-h")))) {
+    Command shown = command ? *command : Command{};
+    shown.synopsis = usage_line;
+    PrintCommandHelp(shown, parser, std::cout);
+    help_shown = true;
     return false;
   }
-  if (parser.positionalArguments().size() < min_positional) {
-    std::cerr << "usage: qvdb " << usage << '\n';
+  if (!parsed) {
+    UsageError(parser.errorText().toStdString());
+    return false;
+  }
+  const QStringList positional = parser.positionalArguments();
+  if (max_positional == kFromUsage) max_positional = MaxPositionalOf(usage_line);
+  if (positional.size() < min_positional) {
+    UsageError("too few arguments");
+    return false;
+  }
+  if (max_positional != kAnyCount && positional.size() > max_positional) {
+    UsageError("unexpected argument '" + positional.at(max_positional).toStdString() + "'");
     return false;
   }
   if (!ApplyGlobalOptions(parser)) {
@@ -100,7 +119,14 @@ std::string CliContext::Stored(const QString& utf8, const TextPlace& place) {
   return text.Store(utf8.toStdString(), TextEncoding::Utf8, place);
 }
 
+int CliContext::UsageError(const std::string& text) {
+  if (!text.empty()) Error(text);
+  std::cerr << "usage: qvdb " << (usage.empty() && command ? command->synopsis : usage) << '\n';
+  return kUsage;
+}
+
 std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_view verb) {
+  if (IsStandardStream(path)) return OpenStandardInput(*this);
   // Taken before reading, so the whole read-modify-write of a command is one step for every
   // other writer; the save refuses later if the lock could not be had.
   FileLock lock;
@@ -108,7 +134,9 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_
   auto db = std::make_unique<Database>();
   if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
   db->lock = std::move(lock);
-  if (auto action = CommandAction(command, verb); action && !Allowed(*db, *action)) return nullptr;
+  if (auto action = CommandAction(command ? command->name : std::string_view{}, verb);
+      action && !Allowed(*db, *action))
+    return nullptr;
   // Readers get deciphered values when a password is at hand; the rest they leave out.
   if (CountEnciphered(*db) > 0 && passwords.CanAsk()) DecipherForReading(*db, ui);
   PositionOpenedDatabase(*db, prompter);
@@ -135,7 +163,7 @@ bool CliContext::ReportText() {
 }
 
 bool CliContext::Save(Database& db) {
-  if (!ReportText()) return false;
+  if (!ReportText() || SaveRefused(*this, db)) return false;
   if (!EncipherBeforeSave(db, ui)) {
     Error("nothing was saved: records are enciphered as they are saved, and no password was given");
     return false;
@@ -158,6 +186,8 @@ void CliContext::ReportLeftOut(std::size_t count) {
   if (count > 0) std::cerr << "Note: " << LeftOutText(count) << '\n';
 }
 
-void CliContext::Error(const std::string& text) { std::cerr << "Error: " << text << '\n'; }
+void CliContext::Error(const std::string& text) {
+  prompter.message(text, "Error", Icon::Error);
+}
 
 }  // namespace qv::cli

@@ -10,6 +10,7 @@
 
 #include "cli/cli_passwords.h"
 #include "cli/cli_prompter.h"
+#include "cli/command.h"
 #include "engine/database.h"
 #include "platform/locale.h"
 #include "platform/system_clock.h"
@@ -44,11 +45,19 @@ class CliContext {
   // False (the problem reported) for a date or time pattern the formatter cannot read.
   bool ApplyGlobalOptions(const QCommandLineParser& parser);
 
-  // Parses the command's arguments; prints the problem and returns false on bad usage.
-  bool Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
-             const char* usage);
+  // The command being run (set by main) and, once Parse has run, its usage line.
+  const Command* command = nullptr;
+  std::string usage;
+  bool help_shown = false;  // --help was answered: the command's result is success
 
-  std::string command;  // the running command's name, for its access check
+  // Parses the command's arguments: answers --help (and returns false), checks the count of
+  // positional arguments (at most what the usage line allows unless `max_positional` says
+  // otherwise), and prints the problem with the usage line and returns false on bad usage.
+  bool Parse(QCommandLineParser& parser, const QStringList& arguments, int min_positional,
+             const char* usage, int max_positional = kFromUsage);
+  static constexpr int kFromUsage = -2;
+  // "Error: text" (unless empty) and the usage line on standard error; returns kUsage.
+  int UsageError(const std::string& text);
 
   // Opens a database for the command (sub-command `verb`), with the program's checks: Open
   // Database and the action the command table names for it, the encryption password of an

@@ -53,6 +53,15 @@ std::optional<std::string> Checked(const std::string& utf8) {
 std::optional<std::string> CliPasswords::Given(bool new_access, bool& given) {
   const std::optional<std::string>& file = new_access ? new_password_file : password_file;
   given = true;
+  if (file && *file == "-") {  // a line of standard input, read once however often asked
+    std::optional<std::string>& line = new_access ? new_from_input_ : from_input_;
+    if (!line) {
+      line.emplace();
+      std::getline(std::cin, *line);
+      StripLineEnd(*line);
+    }
+    return Checked(*line);
+  }
   if (file) {
     auto bytes = ReadWholeFile(*file);
     if (!bytes) {

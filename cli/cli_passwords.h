@@ -1,7 +1,8 @@
 #pragma once
 // The password dialog of qvdb. Passwords never come from a plain argument: a password file
-// (--password-file), the environment (QUORVANT_PASSWORD), or a terminal prompt with echo off.
-// A new access password comes from --new-password-file, QUORVANT_NEW_PASSWORD or the terminal.
+// (--password-file; "-" reads a line of standard input), the environment (QUORVANT_PASSWORD), or a
+// terminal prompt with echo off. A new access password comes from --new-password-file,
+// QUORVANT_NEW_PASSWORD or the terminal.
 
 #include <optional>
 #include <string>
@@ -34,6 +35,10 @@ class CliPasswords : public PasswordPrompter {
   std::optional<std::string> NonEmpty(const std::string& text, const std::string& source);
   std::optional<std::string> FromTerminal(std::string_view title, std::string_view prompt);
   bool typed_last_ = false;  // the last password came from the terminal
+
+  // The lines taken from standard input for a password file of "-".
+  std::optional<std::string> from_input_;
+  std::optional<std::string> new_from_input_;
 };
 
 }  // namespace qv::cli

@@ -2,14 +2,32 @@
 
 #include <unistd.h>
 
+#include <cctype>
 #include <cstdio>
 #include <iostream>
 #include <string>
 
 namespace qv::cli {
 
+namespace {
+
+// Texts that carry their own caption ("ERROR: Cannot Open File: ...") are not captioned twice.
+bool CaptionedAlready(std::string_view text, std::string_view caption) {
+  if (text.size() <= caption.size() || text[caption.size()] != ':') return false;
+  for (std::size_t i = 0; i < caption.size(); ++i)
+    if (std::tolower(static_cast<unsigned char>(text[i])) !=
+        std::tolower(static_cast<unsigned char>(caption[i])))
+      return false;
+  return true;
+}
+
+}  // namespace
+
 void CliPrompter::message(std::string_view text, std::string_view caption, Icon) {
-  std::cerr << caption << ": " << text << '\n';
+  if (CaptionedAlready(text, caption))
+    std::cerr << text << '\n';
+  else
+    std::cerr << caption << ": " << text << '\n';
 }
 
 Answer CliPrompter::ask(std::string_view text, std::string_view caption, Buttons buttons, Icon) {

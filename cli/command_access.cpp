@@ -19,17 +19,19 @@ constexpr std::array kRules = {
     CommandRule{"add", "*", kAddRecords},
     CommandRule{"import", "*", kAddRecords},
     CommandRule{"new", "into", kAddRecords},  // --from-csv over an existing database
-    CommandRule{"copy", "*", kAddRecords},
     CommandRule{"receive", "*", kAddRecords},
     // Edit Records: the record editor; recalculation rewrites stored values as it does.
     CommandRule{"set", "*", kEditRecords},
     CommandRule{"recalc", "*", kEditRecords},
-    // Delete Records: deleting, and moving records out.
+    // Delete Records: deleting. (copy and move check Add Records on the target and Delete
+    // Records on the source themselves, since they open two databases.)
     CommandRule{"delete", "*", kDeleteRecords},
-    CommandRule{"move", "*", kDeleteRecords},
     // DB Properties: everything the database properties pages change.
     CommandRule{"calc", "*", kDbProperties},
-    CommandRule{"fields", "*", kDbProperties},
+    CommandRule{"field", "add", kDbProperties},
+    CommandRule{"field", "set", kDbProperties},
+    CommandRule{"field", "move", kDbProperties},
+    CommandRule{"field", "delete", kDbProperties},
     CommandRule{"views", "new", kDbProperties},
     CommandRule{"views", "copy", kDbProperties},
     CommandRule{"views", "delete", kDbProperties},

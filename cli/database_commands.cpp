@@ -8,10 +8,13 @@
 #include "cli/command.h"
 #include "cli/exchange_options.h"
 #include "cli/output.h"
+#include "cli/record_selection.h"
+#include "cli/standard_streams.h"
 #include "engine/text.h"
 #include "processing/csv_new_database.h"
 #include "security/cipher_session.h"
 #include "security/enciphered.h"
+#include "processing/json_export.h"
 
 namespace qv::cli {
 
@@ -31,12 +34,50 @@ std::string FourChars(const std::array<std::uint8_t, 4>& code) {
   return std::string(reinterpret_cast<const char*>(code.data()), 4);
 }
 
+// The schema for scripts: the header's facts and one object per used field.
+std::string InfoJson(const Database& db) {
+  const Header& h = db.header;
+  std::string out = "{\"name\": " + JsonQuote(Cp1252ToUtf8(h.Name())) +
+                    ", \"created\": " + JsonQuote(FileDateText(h.creation_date)) +
+                    ", \"modified\": " + JsonQuote(FileDateText(h.modification_date)) +
+                    ", \"type\": " + JsonQuote(FourChars(h.type)) +
+                    ", \"creator\": " + JsonQuote(FourChars(h.creator)) +
+                    ", \"records\": " + std::to_string(db.count()) + ",\n \"fields\": [";
+  bool first = true;
+  for (int slot : UsedFieldsInDisplayOrder(db.definition())) {
+    ConstFieldDefinition f = db.definition().field(slot);
+    out += first ? "\n  " : ",\n  ";
+    first = false;
+    out += "{\"slot\": " + std::to_string(slot + 1) +
+           ", \"name\": " + JsonQuote(Cp1252ToUtf8(f.name())) +
+           ", \"type\": " + JsonQuote(std::string(FieldTypeName(f.type()))) +
+           ", \"length\": " + std::to_string(f.length());
+    const auto& items = db.schema.fields[slot].texts;
+    if (f.type() == kPopUp) {
+      out += ", \"items\": [";
+      for (std::size_t i = 0; i < items.size(); ++i)
+        out += (i ? ", " : "") + JsonQuote(Cp1252ToUtf8(items[i]));
+      out += "]";
+    }
+    out += "}";
+  }
+  return out + (first ? "]}\n" : "\n ]}\n");
+}
+
 int Info(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
-  if (!context.Parse(parser, arguments, 1, "info FILE")) return kUsage;
+  parser.addOption({"format", "text or json.", "format", "text"});
+  if (!context.Parse(parser, arguments, 1, "info FILE [--format text|json]")) return kUsage;
+  QString format = parser.value("format");
+  if (format != "text" && format != "json")
+    return context.UsageError("unknown format '" + format.toStdString() + "' (text or json)");
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
   if (!db) return kFailed;
+  if (format == "json") {
+    std::cout << InfoJson(*db);
+    return kOk;
+  }
   const Header& h = db->header;
   std::cout << "Name:          " << Cp1252ToUtf8(h.Name()) << '\n'
             << "Created:       " << FileDateText(h.creation_date) << '\n'
@@ -58,33 +99,42 @@ int Info(CliContext& context, const QStringList& arguments) {
   return kOk;
 }
 
+const char* const kListUsage =
+    "list FILE [--format text|tsv|csv|json|jsonl] [--raw] [--fields A,B,...] [--numbers] "
+    "[--all|--filtered] [--sort FIELD[:reverse]] [--where CONDITION] [--limit N]";
+
 int List(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
-  parser.addOption({"format", "text, tsv or json.", "format", "text"});
-  parser.addOption({"numbers", "Show record numbers (text and tsv)."});
-  parser.addOption({"all", "Every record, not only those that pass the filter."});
-  if (!context.Parse(parser, arguments, 1,
-                     "list FILE [--format text|tsv|json] [--numbers] [--all]"))
-    return kUsage;
-  QString format = parser.value("format");
-  TableFormat table_format = format == "tsv"    ? TableFormat::Tsv
-                             : format == "json" ? TableFormat::Json
-                                                : TableFormat::Text;
-  if (format != "text" && format != "tsv" && format != "json") {
-    context.Error("unknown format '" + format.toStdString() + "' (text, tsv or json)");
-    return kUsage;
-  }
+  parser.addOption({"format", "text, tsv, csv, json or jsonl (JSON Lines).", "format", "text"});
+  parser.addOption({"raw", "JSON: every value its display text, as a string."});
+  parser.addOption({"fields", "Only these fields, in this order (names between commas).", "A,B"});
+  parser.addOption({"numbers", "Show record numbers (text, tsv and csv)."});
+  AddSelectionOptions(parser);
+  if (!context.Parse(parser, arguments, 1, kListUsage)) return kUsage;
+  static const QStringList kFormats = {"text", "tsv", "csv", "json", "jsonl"};
+  const QString format = parser.value("format");
+  if (!kFormats.contains(format))
+    return context.UsageError("unknown format '" + format.toStdString() +
+                              "' (text, tsv, csv, json or jsonl)");
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
   if (!db) return kFailed;
-  bool numbers = parser.isSet("numbers") && table_format != TableFormat::Json;
-  std::vector<std::uint32_t> shown = db->visible;
-  if (parser.isSet("all")) {
-    shown.resize(db->count());
-    for (std::uint32_t i = 0; i < db->count(); ++i) shown[i] = i;
+  int code = kFailed;
+  auto fields = SelectFields(context, *db, parser, code);
+  auto records = fields ? SelectRecords(context, *db, parser, code) : std::nullopt;
+  if (!records) return code;
+  if (format.startsWith("json")) {
+    JsonOptions json{.typed = !parser.isSet("raw"), .lines = format == "jsonl"};
+    std::cout << RecordsAsJson(*db, *records, *fields, json, context.options);
+    context.ReportLeftOut(CountEnciphered(*db, *records));
+    return kOk;
   }
-  WriteTable(RecordTable(*db, shown, context.options, numbers), table_format, std::cout);
-  if (std::size_t n = CountEnciphered(*db, shown))
+  TableFormat table_format = format == "tsv"   ? TableFormat::Tsv
+                             : format == "csv" ? TableFormat::Csv
+                                               : TableFormat::Text;
+  WriteTable(RecordTable(*db, *records, *fields, context.options, parser.isSet("numbers")),
+             table_format, std::cout);
+  if (std::size_t n = CountEnciphered(*db, *records))
     std::cerr << "Note: " << n << " record" << (n == 1 ? " shows" : "s show") << " "
               << kEncipheredValueText << " for values no password given deciphers\n";
   return kOk;
@@ -133,12 +183,8 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
   auto separator = SeparatorOption(context, parser);
   auto encoding = EncodingOption(context, parser);
   if (!separator || !encoding) return kUsage;
-  std::string csv_path = parser.value("from-csv").toStdString();
-  auto bytes = ReadInputFile(csv_path);
-  if (!bytes) {
-    context.Error("cannot read '" + csv_path + "'");
-    return kFailed;
-  }
+  auto bytes = ReadInput(context, parser.value("from-csv").toStdString());
+  if (!bytes) return kFailed;
   CsvImportOptions o;
   o.separator = *separator;
   o.encoding = *encoding;
@@ -156,6 +202,10 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
   return SaveImport(context, *db, result, true);
 }
 
+const char* const kNewUsage =
+    "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C] "
+    "[--encoding utf-8|cp1252]) [--force] [--strict]";
+
 int New(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file to create.");
@@ -164,13 +214,9 @@ int New(CliContext& context, const QStringList& arguments) {
   parser.addOption({"from-csv", "Make the fields and records from a CSV file.", "csv"});
   parser.addOption({"force", "Replace an existing file."});
   AddExchangeOptions(parser);
-  const char* usage =
-      "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C] "
-      "[--encoding utf-8|cp1252]) [--force] [--strict]";
-  if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
+  if (!context.Parse(parser, arguments, 1, kNewUsage)) return kUsage;
   if (parser.isSet("from-csv") && parser.isSet("field")) {
-    context.Error("give either --field or --from-csv");
-    return kUsage;
+    return context.UsageError("give either --field or --from-csv");
   }
   std::string path = parser.positionalArguments().at(0).toStdString();
   if (TestForFile(path) && !parser.isSet("force")) {
@@ -185,16 +231,14 @@ int New(CliContext& context, const QStringList& arguments) {
     return kFailed;
   QStringList specs = parser.values("field");
   if (specs.size() > kFieldSlots) {
-    context.Error("a database holds at most 100 fields");
-    return kUsage;
+    return context.UsageError("a database holds at most 100 fields");
   }
   std::string name = context.Stored(
       parser.isSet("name") ? parser.value("name")
                            : QFileInfo(QString::fromStdString(path)).completeBaseName(),
       {nullptr, 0, "database name"});
   if (name.empty() || name.size() > 31) {
-    context.Error("the database name must be 1 to 31 characters");
-    return kUsage;
+    return context.UsageError("the database name must be 1 to 31 characters");
   }
   if (parser.isSet("from-csv")) return NewFromCsv(context, parser, path, name);
   auto db = NewDatabase(name, context.clock);
@@ -202,12 +246,10 @@ int New(CliContext& context, const QStringList& arguments) {
     std::string problem;
     auto spec = ParseFieldSpec(specs[slot], context.text, problem);
     if (!spec) {
-      context.Error(problem);
-      return kUsage;
+      return context.UsageError(problem);
     }
     if (db->definition().FindField(spec->name)) {
-      context.Error("two fields are named '" + Cp1252ToUtf8(spec->name) + "'");
-      return kUsage;
+      return context.UsageError("two fields are named '" + Cp1252ToUtf8(spec->name) + "'");
     }
     FieldDefinition f = db->definition().field(slot);
     f.set_type(spec->type);
@@ -247,13 +289,23 @@ int Check(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> DatabaseCommands() {
   return {
-      {"info", "info FILE", Info},
-      {"list", "list FILE [--format text|tsv|json] [--numbers] [--all]", List},
-      {"new",
-       "new FILE [--name NAME] (--field NAME:TYPE[:LENGTH] ... | --from-csv IN.csv [--separator C] "
-       "[--encoding utf-8|cp1252]) [--force] [--strict]",
-       New},
-      {"check", "check FILE", Check},
+      {"info", "info FILE [--format text|json]", Info,
+       "Shows the database's name, dates, record count and fields; --format json gives the "
+       "schema to scripts.",
+       "info Stock.PDB --format json"},
+      {"list", kListUsage, List,
+       "Prints the records that pass the stored filter (every record with --all) as a table, "
+       "CSV, JSON or JSON Lines. --sort, --where and --limit shape the output only; the file "
+       "is not changed.",
+       "list Stock.PDB --fields Item,Qty --sort Qty:reverse --where \"Qty range 100 *\""},
+      {"new", kNewUsage, New,
+       "Creates a database with the fields given, or with fields and records from a CSV file "
+       "(its header names the fields, NAME:TYPE[:LENGTH] fixes a type; - reads standard "
+       "input).",
+       "new Stock.PDB --field Item:Text --field Qty:Integer --field Bought:Date"},
+      {"check", "check FILE", Check,
+       "Reads the database and writes it again in memory; says whether every byte is the same.",
+       "check Stock.PDB"},
   };
 }
 

@@ -17,7 +17,7 @@ std::optional<char> SeparatorOption(CliContext& context, const QCommandLineParse
   std::string text = parser.value("separator").toStdString();
   if (text == "tab" || text == "\\t") return '\t';
   if (text.size() != 1 || text[0] == '"' || text[0] == '\n' || text[0] == '\r') {
-    context.Error("the separator must be one character other than a quote or a line break");
+    context.UsageError("the separator must be one character other than a quote or a line break");
     return std::nullopt;
   }
   return text[0];
@@ -27,7 +27,7 @@ std::optional<TextEncoding> EncodingOption(CliContext& context, const QCommandLi
   QString name = parser.value("encoding").toLower();
   if (name == "utf-8" || name == "utf8") return TextEncoding::Utf8;
   if (name == "cp1252" || name == "windows-1252") return TextEncoding::Cp1252;
-  context.Error("unknown encoding '" + name.toStdString() + "' (utf-8 or cp1252)");
+  context.UsageError("unknown encoding '" + name.toStdString() + "' (utf-8 or cp1252)");
   return std::nullopt;
 }
 

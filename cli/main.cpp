@@ -11,9 +11,10 @@ namespace {
 
 std::vector<qv::cli::Command> AllCommands() {
   std::vector<qv::cli::Command> all;
-  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands,
-                     qv::cli::ProcessingCommands, qv::cli::ViewCommands,
-                     qv::cli::ExchangeCommands, qv::cli::SecurityCommands, qv::cli::BeamCommands}) {
+  for (auto group :
+       {qv::cli::DatabaseCommands, qv::cli::RecordCommands, qv::cli::ProcessingCommands,
+        qv::cli::ViewCommands, qv::cli::ExchangeCommands, qv::cli::TransferCommands,
+        qv::cli::SecurityCommands, qv::cli::FieldCommands, qv::cli::BeamCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }
@@ -24,6 +25,9 @@ int Usage(const std::vector<qv::cli::Command>& commands, std::ostream& out) {
   out << "usage: qvdb COMMAND [ARGUMENTS] [--date-format P] [--time-format P] [--decimal-comma]\n\n"
          "commands:\n";
   for (const auto& c : commands) out << "  qvdb " << c.synopsis << '\n';
+  out << "\n\"qvdb COMMAND --help\" says what a command does and shows an example. A FILE of "
+         "\"-\"\n"
+         "reads standard input or writes standard output.\n";
   return qv::cli::kUsage;
 }
 
@@ -39,7 +43,10 @@ int main(int argc, char** argv) {
   QStringList arguments = app.arguments();
   if (arguments.size() < 2) return Usage(commands, std::cerr);
   QString name = arguments.at(1);
-  if (name == "help" || name == "--help" || name == "-h") {
+  if (name == "help" && arguments.size() > 2) {  // qvdb help COMMAND
+    name = arguments.at(2);
+    arguments = {arguments.at(0), name, "--help"};
+  } else if (name == "help" || name == "--help" || name == "-h") {
     Usage(commands, std::cout);
     return qv::cli::kOk;
   }
@@ -50,11 +57,12 @@ int main(int argc, char** argv) {
   for (const auto& c : commands) {
     if (name.toStdString() != c.name) continue;
     qv::cli::CliContext context;
-    context.command = c.name;
+    context.command = &c;
     QStringList rest = arguments;
     rest.removeAt(1);  // the parser expects the program name first
-    return c.run(context, rest);
+    int code = c.run(context, rest);
+    return context.help_shown ? qv::cli::kOk : code;
   }
-  std::cerr << "qvdb: unknown command '" << name.toStdString() << "'\n";
+  std::cerr << "Error: unknown command '" << name.toStdString() << "'\n";
   return Usage(commands, std::cerr);
 }

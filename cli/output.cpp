@@ -4,14 +4,14 @@
 #include <ostream>
 
 #include "engine/text.h"
+#include "processing/csv_export.h"
 #include "security/enciphered.h"
 
 namespace qv::cli {
 
 Table RecordTable(const Database& db, const std::vector<std::uint32_t>& records,
-                  const FormatOptions& options, bool with_numbers) {
+                  const std::vector<int>& slots, const FormatOptions& options, bool with_numbers) {
   Table table;
-  std::vector<int> slots = UsedFieldsInDisplayOrder(db.definition());
   if (with_numbers) table.headers.push_back("#");
   for (int slot : slots) table.headers.push_back(Cp1252ToUtf8(db.definition().field(slot).name()));
   for (std::uint32_t number : records) {
@@ -23,30 +23,12 @@ Table RecordTable(const Database& db, const std::vector<std::uint32_t>& records,
   return table;
 }
 
-std::string JsonString(const std::string& utf8) {
-  std::string out = "\"";
-  for (unsigned char c : utf8) {
-    switch (c) {
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
-      default:
-        if (c < 0x20) out += StringPrintf("\\u%04x", c);
-        else out += static_cast<char>(c);
-    }
-  }
-  return out + "\"";
-}
-
 namespace {
 
 // Display width of UTF-8 text: code points, not bytes.
 std::size_t Width(const std::string& s) {
-  return static_cast<std::size_t>(std::count_if(s.begin(), s.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
+  return static_cast<std::size_t>(std::count_if(
+      s.begin(), s.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
 }
 
 std::string OneLine(std::string s) {
@@ -67,7 +49,8 @@ void WriteText(const Table& table, std::ostream& out) {
     for (std::size_t c = 0; c < cells.size(); ++c) {
       std::string cell = OneLine(cells[c]);
       line += cell;
-      if (c + 1 < cells.size()) line += std::string(widths[c] > Width(cell) ? widths[c] - Width(cell) : 0, ' ') + "  ";
+      if (c + 1 < cells.size())
+        line += std::string(widths[c] > Width(cell) ? widths[c] - Width(cell) : 0, ' ') + "  ";
     }
     out << line << '\n';
   };
@@ -78,29 +61,18 @@ void WriteText(const Table& table, std::ostream& out) {
 }  // namespace
 
 void WriteTable(const Table& table, TableFormat format, std::ostream& out) {
-  switch (format) {
-    case TableFormat::Text: WriteText(table, out); break;
-    case TableFormat::Tsv: {
-      auto write_row = [&](const std::vector<std::string>& cells) {
-        for (std::size_t c = 0; c < cells.size(); ++c) out << (c ? "\t" : "") << OneLine(cells[c]);
-        out << '\n';
-      };
-      write_row(table.headers);
-      for (const auto& row : table.rows) write_row(row);
-      break;
+  if (format == TableFormat::Text) return WriteText(table, out);
+  auto write_row = [&](const std::vector<std::string>& cells) {
+    for (std::size_t c = 0; c < cells.size(); ++c) {
+      if (format == TableFormat::Tsv)
+        out << (c ? "\t" : "") << OneLine(cells[c]);
+      else
+        out << (c ? "," : "") << CsvQuote(cells[c], false);
     }
-    case TableFormat::Json: {
-      out << "[";
-      for (std::size_t r = 0; r < table.rows.size(); ++r) {
-        out << (r ? ",\n " : "\n ") << "{";
-        for (std::size_t c = 0; c < table.headers.size(); ++c)
-          out << (c ? ", " : "") << JsonString(table.headers[c]) << ": " << JsonString(table.rows[r][c]);
-        out << "}";
-      }
-      out << (table.rows.empty() ? "]\n" : "\n]\n");
-      break;
-    }
-  }
+    out << '\n';
+  };
+  write_row(table.headers);
+  for (const auto& row : table.rows) write_row(row);
 }
 
 }  // namespace qv::cli

@@ -1,5 +1,5 @@
 #pragma once
-// Writing records out: aligned text, TSV and JSON, UTF-8 on standard output.
+// Writing records out as tables: aligned text, TSV and CSV, UTF-8.
 
 #include <iosfwd>
 #include <string>
@@ -9,18 +9,17 @@
 
 namespace qv::cli {
 
-enum class TableFormat { Text, Tsv, Json };
+enum class TableFormat { Text, Tsv, Csv };
 
 struct Table {
-  std::vector<std::string> headers;             // UTF-8
-  std::vector<std::vector<std::string>> rows;   // UTF-8
+  std::vector<std::string> headers;            // UTF-8
+  std::vector<std::vector<std::string>> rows;  // UTF-8
 };
 
-// The display texts of the given records, one column per used field in display order.
+// The display texts of the given records, one column per given field (slot).
 Table RecordTable(const Database& db, const std::vector<std::uint32_t>& records,
-                  const FormatOptions& options, bool with_numbers);
+                  const std::vector<int>& slots, const FormatOptions& options, bool with_numbers);
 
 void WriteTable(const Table& table, TableFormat format, std::ostream& out);
-std::string JsonString(const std::string& utf8);
 
 }  // namespace qv::cli

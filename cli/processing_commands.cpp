@@ -4,6 +4,7 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
+#include "cli/conditions.h"
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/filter_dialog.h"
@@ -33,12 +34,8 @@ int Sort(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("FIELD[:reverse]", "Up to three sort keys, primary first.");
   const char* usage = "sort FILE FIELD[:reverse] [FIELD[:reverse] [FIELD[:reverse]]]";
-  if (!context.Parse(parser, arguments, 2, usage)) return kUsage;
+  if (!context.Parse(parser, arguments, 2, usage, 1 + kSortKeys)) return kUsage;
   QStringList args = parser.positionalArguments();
-  if (args.size() > 1 + kSortKeys) {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
-  }
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db) return kFailed;
   SortKey keys[kSortKeys];
@@ -73,54 +70,6 @@ bool TakeRange(QStringList& arguments, std::optional<std::pair<QString, QString>
   if (range->first.startsWith("--") || range->second.startsWith("--")) return false;
   arguments.remove(at, 3);
   return arguments.indexOf("--range") < 0;
-}
-
-enum class Want { Contains, Equals, Range, Checked, Nothing };
-
-Want WantedOption(ConstFieldDefinition field) {
-  switch (field.type()) {
-    case kText:
-    case kNote:
-    case kDbPopup:
-    case kConditional:
-    case kLinked:
-      return Want::Contains;
-    case kPopUp:
-      return Want::Equals;
-    case kInteger:
-    case kUnique:
-    case kFloat:
-    case kDate:
-    case kTime:
-    case kCalculated:
-      return Want::Range;
-    case kCheckBox:
-      return Want::Checked;
-    default:
-      return Want::Nothing;
-  }
-}
-
-const char* WantText(Want want) {
-  switch (want) {
-    case Want::Contains:
-      return "--contains TEXT";
-    case Want::Equals:
-      return "--equals TEXT";
-    case Want::Range:
-      return "--range LOW HIGH";
-    case Want::Checked:
-      return "--checked 0|1";
-    case Want::Nothing:
-      return "no value (conditions on it always hold)";
-  }
-  return "";
-}
-
-Condition BlankCondition() {
-  Condition c;
-  c.upper = 65000;  // as in a new database
-  return c;
 }
 
 std::string Describe(const Database& db, int i, const FilterConditionControls& k,
@@ -167,8 +116,7 @@ int FilterClear(CliContext& context, Database& db, const QStringList& rest) {
     bool ok = false;
     int n = rest.front().toInt(&ok);
     if (!ok || n < 1 || n > kConditions) {
-      context.Error("a condition number is 1 to 6");
-      return kUsage;
+      return context.UsageError("a condition number is 1 to 6");
     }
     first = last = n - 1;
   }
@@ -183,12 +131,10 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
   bool ok = false;
   int n = rest.isEmpty() ? 0 : rest.front().toInt(&ok);
   if (!ok || n < 1 || n > kConditions) {
-    context.Error("a condition number is 1 to 6");
-    return kUsage;
+    return context.UsageError("a condition number is 1 to 6");
   }
   if (!parser.isSet("field")) {
-    context.Error("filter set needs --field FIELD");
-    return kUsage;
+    return context.UsageError("filter set needs --field FIELD");
   }
   auto slot = FieldByName(context, db, parser.value("field"));
   if (!slot) return kFailed;
@@ -201,9 +147,9 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
                  (want == Want::Range && range) ||
                  (want == Want::Checked && parser.isSet("checked")) || want == Want::Nothing;
   if (given > 1 || !matches || (want == Want::Nothing && given > 0)) {
-    context.Error(NameOf(db, *slot) + " is a " + std::string(FieldTypeName(field.type())) +
-                  " field: give " + WantText(want));
-    return kUsage;
+    return context.UsageError(NameOf(db, *slot) + " is a " +
+                              std::string(FieldTypeName(field.type())) + " field: give " +
+                              WantText(want));
   }
   FilterConditionControls controls;
   controls.enabled = true;
@@ -218,8 +164,7 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
   if (parser.isSet("checked")) {
     QString state = parser.value("checked");
     if (state != "0" && state != "1") {
-      context.Error("--checked takes 0 or 1");
-      return kUsage;
+      return context.UsageError("--checked takes 0 or 1");
     }
     controls.checked = state == "1";
   }
@@ -247,8 +192,8 @@ int Filter(CliContext& context, const QStringList& arguments) {
   QStringList args = arguments;
   std::optional<std::pair<QString, QString>> range;
   if (!TakeRange(args, range)) {
-    std::cerr << "qvdb: --range needs LOW and HIGH, once\nusage: qvdb " << usage << '\n';
-    return kUsage;
+    context.usage = usage;
+    return context.UsageError("--range needs LOW and HIGH, once");
   }
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
@@ -266,10 +211,11 @@ int Filter(CliContext& context, const QStringList& arguments) {
   QStringList rest = parser.positionalArguments();
   std::string path = rest.takeFirst().toStdString();
   QString action = rest.takeFirst();
-  if (action != "set" && action != "clear" && action != "show") {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
-  }
+  const qsizetype most = action == "show" ? 0 : 1;  // clear [N], set N
+  if ((action != "set" && action != "clear" && action != "show") || rest.size() > most ||
+      (action == "set" && rest.isEmpty()))
+    return context.UsageError(
+        rest.size() > most ? "unexpected argument '" + rest.at(most).toStdString() + "'" : "");
   auto db = context.Open(path);
   if (!db) return kFailed;
   if (action == "show") return FilterShow(context, *db);
@@ -303,22 +249,19 @@ int Calc(CliContext& context, const QStringList& arguments) {
   const char* usage = "calc FILE --field NAME --formula \"EXPR\" [--result-kind K]";
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   if (!parser.isSet("field") || !parser.isSet("formula")) {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
+    return context.UsageError("");
   }
   int kind = -1;
   if (parser.isSet("result-kind")) {
     bool ok = false;
     kind = parser.value("result-kind").toInt(&ok);
     if (!ok || kind < 0 || kind > 6) {
-      context.Error("the result kind is 0 to 6");
-      return kUsage;
+      return context.UsageError("the result kind is 0 to 6");
     }
   }
   std::string name = context.Stored(parser.value("field"), {nullptr, 0, "field name"});
   if (name.empty() || name.size() > 19) {
-    context.Error("a field name is 1 to 19 characters");
-    return kUsage;
+    return context.UsageError("a field name is 1 to 19 characters");
   }
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
   if (!db) return kFailed;
@@ -374,14 +317,25 @@ int Recalc(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> ProcessingCommands() {
   return {
-      {"sort", "sort FILE FIELD[:reverse] [FIELD[:reverse] [FIELD[:reverse]]]", Sort},
+      {"sort", "sort FILE FIELD[:reverse] [FIELD[:reverse] [FIELD[:reverse]]]", Sort,
+       "Stores up to three sort keys in the database and sorts its records by them. To look at "
+       "the records in another order without changing the file, use list --sort.",
+       "sort Stock.PDB Place Qty:reverse"},
       {"filter",
        "filter FILE set N --field F (--contains TEXT | --range LOW HIGH | --checked 0|1 | "
-       "--equals TEXT) [--not] [--or] [--open] [--close]",
-       Filter},
-      {"filter", "filter FILE clear [N] | filter FILE show", Filter},
-      {"calc", "calc FILE --field NAME --formula \"EXPR\" [--result-kind K]", Calc},
-      {"recalc", "recalc FILE", Recalc},
+       "--equals TEXT) [--not] [--or] [--open] [--close] | filter FILE clear [N] | "
+       "filter FILE show",
+       Filter,
+       "Shows, sets or clears the six conditions of the database's stored filter. Reading "
+       "commands cover the records that pass it unless given --all; to look at other records "
+       "without changing the file, use list --where.",
+       "filter Stock.PDB set 1 --field Qty --range 10 100"},
+      {"calc", "calc FILE --field NAME --formula \"EXPR\" [--result-kind K]", Calc,
+       "Defines or redefines a Calculated field by its formula and recalculates every record.",
+       "calc Stock.PDB --field Value --formula \"Qty * Price\""},
+      {"recalc", "recalc FILE", Recalc,
+       "Recalculates the Calculated fields of every record and saves the database.",
+       "recalc Stock.PDB"},
   };
 }
 

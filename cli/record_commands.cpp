@@ -16,11 +16,37 @@ namespace qv::cli {
 
 namespace {
 
-// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them.
-std::optional<std::uint32_t> RecordNumber(const Database& db, const QString& text) {
+// Malformed arguments are bad usage, told before the database is opened (and a password asked).
+int CheckArguments(CliContext& context, const QStringList& numbers,
+                   const QStringList& assignments) {
+  for (const QString& text : numbers) {
+    bool ok = false;
+    if (text.toUInt(&ok) == 0 || !ok)
+      return context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
+  }
+  for (const QString& assignment : assignments)
+    if (assignment.indexOf('=') <= 0)
+      return context.UsageError("expected FIELD=VALUE, not '" + assignment.left(40).toStdString() +
+                                "'");
+  return kOk;
+}
+
+// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them: what is
+// not such a number is bad usage (kUsage), a number past the last record a refusal (kFailed).
+std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& db,
+                                          const QString& text, int& code) {
   bool ok = false;
   uint n = text.toUInt(&ok);
-  if (!ok || n == 0 || n > db.count()) return std::nullopt;
+  if (!ok || n == 0) {
+    code = context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
+    return std::nullopt;
+  }
+  if (n > db.count()) {
+    context.Error("no record " + text.toStdString() + " (the database holds " +
+                  std::to_string(db.count()) + ")");
+    code = kFailed;
+    return std::nullopt;
+  }
   return n - 1;
 }
 
@@ -30,6 +56,7 @@ int Add(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FIELD=VALUE", "Values of the new record.");
   if (!context.Parse(parser, arguments, 1, "add FILE FIELD=VALUE ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, {}, args.mid(1))) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db) return kFailed;
   RecordValues values = DefaultValues(*db);
@@ -38,7 +65,7 @@ int Add(CliContext& context, const QStringList& arguments) {
     RecordHeader header = NewRecordHeader(random);
     values.prefix.assign(header.bytes.begin(), header.bytes.end());
   }
-  if (!ApplyAssignments(context, *db, args, kNewRecord, values)) return kFailed;
+  if (int code = ApplyAssignments(context, *db, args, kNewRecord, values)) return code;
   // Stored as the record editor stores it: the encryption mode applies before the save.
   auto number = StoreEditedRecord(context, *db, values, kNewRecord);
   if (!number) return kFailed;
@@ -52,20 +79,17 @@ int Set(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("RECORD", "Record number, from 1.");
   parser.addPositionalArgument("FIELD=VALUE", "New values.");
-  if (!context.Parse(parser, arguments, 2, "set FILE RECORD FIELD=VALUE ...")) return kUsage;
+  if (!context.Parse(parser, arguments, 3, "set FILE RECORD FIELD=VALUE ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, {args.at(1)}, args.mid(2))) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db) return kFailed;
-  auto number = RecordNumber(*db, args.front());
-  if (!number) {
-    context.Error("no record " + args.front().toStdString() + " (the database holds " +
-                  std::to_string(db->count()) + ")");
-    return kFailed;
-  }
-  args.removeFirst();
+  int code = kFailed;
+  auto number = RecordNumber(context, *db, args.takeFirst(), code);
+  if (!number) return code;
   if (!DecipherOnRecordOpen(*db, *number, context.ui)) return kFailed;
   RecordValues values = DecodeRecord(db->records[*number].data);
-  if (!ApplyAssignments(context, *db, args, *number, values)) return kFailed;
+  if (int bad = ApplyAssignments(context, *db, args, *number, values)) return bad;
   if (!StoreEditedRecord(context, *db, values, *number)) return kFailed;
   return context.Save(*db) ? kOk : kFailed;
 }
@@ -76,15 +100,14 @@ int Delete(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("RECORD", "Record numbers, from 1.");
   if (!context.Parse(parser, arguments, 2, "delete FILE RECORD ...")) return kUsage;
   QStringList args = parser.positionalArguments();
+  if (int bad = CheckArguments(context, args.mid(1), {})) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db) return kFailed;
   std::vector<std::uint32_t> numbers;
   for (const QString& arg : args) {
-    auto number = RecordNumber(*db, arg);
-    if (!number) {
-      context.Error("no record " + arg.toStdString());
-      return kFailed;
-    }
+    int code = kFailed;
+    auto number = RecordNumber(context, *db, arg, code);
+    if (!number) return code;
     numbers.push_back(*number);
   }
   if (!DeleteEditedRecords(context, *db, numbers)) return kFailed;
@@ -95,9 +118,15 @@ int Delete(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> RecordCommands() {
   return {
-      {"add", "add FILE FIELD=VALUE ...", Add},
-      {"set", "set FILE RECORD FIELD=VALUE ...", Set},
-      {"delete", "delete FILE RECORD ...", Delete},
+      {"add", "add FILE FIELD=VALUE ...", Add,
+       "Adds a record; fields not named keep their defaults. Values are typed as in the record "
+       "editor (dates and times in --date-format and --time-format).",
+       "add Stock.PDB \"Item=Bolt, M4\" Qty=250 Bought=05/03/2024"},
+      {"set", "set FILE RECORD FIELD=VALUE ...", Set,
+       "Changes values of one record, numbered from 1 as list --numbers shows them.",
+       "set Stock.PDB 3 Qty=240"},
+      {"delete", "delete FILE RECORD ...", Delete,
+       "Deletes records, numbered from 1 as list --numbers shows them.", "delete Stock.PDB 3 7"},
   };
 }
 

@@ -8,34 +8,66 @@
 
 namespace qv::cli {
 
-bool ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
-                      std::uint32_t number, RecordValues& values) {
+namespace {
+
+// Outside text quoted in a message: long values are cut, so a message stays a line.
+std::string Quoted(const std::string& utf8) {
+  constexpr std::size_t kShown = 40;
+  if (utf8.size() <= kShown) return "'" + utf8 + "'";
+  std::size_t cut = kShown;
+  while (cut > 0 && (static_cast<unsigned char>(utf8[cut]) & 0xC0) == 0x80) --cut;
+  return "'" + utf8.substr(0, cut) + "...'";
+}
+
+// Texts longer than the field takes, told as such rather than as a bad value.
+bool TooLong(ConstFieldDefinition f, const std::string& stored) {
+  switch (f.type()) {
+    case kText:
+    case kDbPopup:
+    case kNote:
+    case kExternal:
+      return stored.size() + 1 > std::max<std::size_t>(LargestValueSize(f), 1);
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+int ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
+                     std::uint32_t number, RecordValues& values) {
   for (const QString& assignment : assignments) {
     qsizetype eq = assignment.indexOf('=');
-    if (eq <= 0) {
-      context.Error("expected FIELD=VALUE, not '" + assignment.toStdString() + "'");
-      return false;
-    }
+    if (eq <= 0)
+      return context.UsageError("expected FIELD=VALUE, not " + Quoted(assignment.toStdString()));
     std::string field = Utf8ToCp1252(assignment.left(eq).toStdString());
     auto slot = db.definition().FindField(field);
     if (!slot) {
-      context.Error("no field named '" + Cp1252ToUtf8(field) + "'");
-      return false;
+      context.Error("no field named " + Quoted(Cp1252ToUtf8(field)));
+      return kFailed;
     }
     ConstFieldDefinition f = db.definition().field(*slot);
     const bool fresh = number == kNewRecord;
     std::string text =
         context.Stored(assignment.mid(eq + 1), {fresh ? nullptr : "record", number + 1, f.name()});
     auto value = ParseValue(f, db.schema.fields[*slot], text, context.options);
+    if (!value && TooLong(f, text)) {
+      context.Error(
+          StringPrintf("the value for %s is %zu characters long, longer than the "
+                       "field's limit of %zu",
+                       Cp1252ToUtf8(f.name()).c_str(), text.size(),
+                       std::max<std::size_t>(LargestValueSize(f), 1) - 1));
+      return kFailed;
+    }
     if (!value) {
-      context.Error(StringPrintf("'%s' is not a valid %s value for %s", Cp1252ToUtf8(text).c_str(),
-                                 std::string(FieldTypeName(f.type())).c_str(),
-                                 Cp1252ToUtf8(f.name()).c_str()));
-      return false;
+      context.Error(StringPrintf(
+          "%s is not a valid %s value for %s", Quoted(Cp1252ToUtf8(text)).c_str(),
+          std::string(FieldTypeName(f.type())).c_str(), Cp1252ToUtf8(f.name()).c_str()));
+      return kFailed;
     }
     values.Set(*slot, std::move(*value));
   }
-  return true;
+  return kOk;
 }
 
 std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,

@@ -6,13 +6,15 @@
 #include <optional>
 
 #include "cli/cli_context.h"
+#include "cli/command.h"
 
 namespace qv::cli {
 
-// Applies FIELD=VALUE texts to the values of record `number` (kNewRecord for a new one);
-// reports the first unknown field or bad value.
-bool ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
-                      std::uint32_t number, RecordValues& values);
+// Applies FIELD=VALUE texts to the values of record `number` (kNewRecord for a new one); kOk,
+// or the exit code after reporting the first malformed assignment (kUsage), unknown field or
+// bad value (kFailed).
+int ApplyAssignments(CliContext& context, const Database& db, const QStringList& assignments,
+                     std::uint32_t number, RecordValues& values);
 // Stores a new (kNewRecord) or edited record; its final number, or nothing when refused.
 std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,
                                                const RecordValues& values, std::uint32_t number);

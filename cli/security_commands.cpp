@@ -69,8 +69,8 @@ int Encrypt(CliContext& context, const QStringList& arguments) {
     bool ok = false;
     mode = parser.value("mode").toInt(&ok);
     if (!ok || mode < 0 || mode > 2) {
-      context.Error("the mode is 0, 1 or 2, not '" + parser.value("mode").toStdString() + "'");
-      return kUsage;
+      return context.UsageError("the mode is 0, 1 or 2, not '" +
+                                parser.value("mode").toStdString() + "'");
     }
   }
   bool marked_new = false;
@@ -81,8 +81,7 @@ int Encrypt(CliContext& context, const QStringList& arguments) {
     return kFailed;
   }
   if (mode != kEncryptEntireDatabase && !AnyFieldMarked(db->definition())) {
-    context.Error("no field is marked for encryption (name one with --field)");
-    return kUsage;
+    return context.UsageError("no field is marked for encryption (name one with --field)");
   }
   SetEncryptionMode(db->definition(), mode);
   if (parser.isSet("record") && !MarkRecords(context, *db, parser.values("record"))) return kFailed;
@@ -184,8 +183,7 @@ int Security(CliContext& context, const QStringList& arguments) {
   if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
   bool changing = parser.isSet("set") || parser.isSet("access-password");
   if (!changing && !parser.isSet("show")) {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
+    return context.UsageError("");
   }
   auto db = context.Open(parser.positionalArguments().at(0).toStdString());
   if (!db) return kFailed;
@@ -207,9 +205,15 @@ int Security(CliContext& context, const QStringList& arguments) {
 
 std::vector<Command> SecurityCommands() {
   return {
-      {"encrypt", "encrypt FILE [--mode 0|1|2] [--field NAME ...] [--record N ...]", Encrypt},
-      {"decrypt", "decrypt FILE", Decrypt},
-      {"security", "security FILE [--show] [--set ACTION=VALUE ...] [--access-password]", Security},
+      {"encrypt", "encrypt FILE [--mode 0|1|2] [--field NAME ...] [--record N ...]", Encrypt,
+       "Enciphers the database under a password asked for: mode 0 whole records, 1 the marked "
+       "fields, 2 the marked fields of marked records.",
+       "encrypt Diary.PDB --mode 1 --field Entry --password-file key.txt"},
+      {"decrypt", "decrypt FILE", Decrypt, "Deciphers every record and switches encryption off.",
+       "decrypt Diary.PDB --password-file key.txt"},
+      {"security", "security FILE [--show] [--set ACTION=VALUE ...] [--access-password]", Security,
+       "Shows or sets who may do what (the access permissions) and the access password.",
+       "security Stock.PDB --set \"Delete Records=Password Required\" --access-password"},
   };
 }
 

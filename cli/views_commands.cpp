@@ -5,6 +5,7 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
+#include "cli/record_selection.h"
 #include "engine/text.h"
 #include "processing/find.h"
 #include "processing/report.h"
@@ -37,14 +38,14 @@ int Views(CliContext& context, const QStringList& arguments) {
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("ACTION", "list, new, copy N, delete N or apply N.");
   const char* usage = "views FILE list|new|copy N|delete N|apply N";
-  if (!context.Parse(parser, arguments, 2, usage)) return kUsage;
+  if (!context.Parse(parser, arguments, 2, usage, 3)) return kUsage;
   QStringList args = parser.positionalArguments();
   const QString action = args.at(1);
   const bool numbered = action == "copy" || action == "delete" || action == "apply";
-  if ((action != "list" && action != "new" && !numbered) || (numbered && args.size() < 3)) {
-    std::cerr << "usage: qvdb " << usage << '\n';
-    return kUsage;
-  }
+  if ((action != "list" && action != "new" && !numbered) || args.size() != (numbered ? 3 : 2))
+    return context.UsageError(args.size() > (numbered ? 3 : 2)
+                                  ? "unexpected argument '" + args.last().toStdString() + "'"
+                                  : "");
   auto db = context.Open(args.at(0).toStdString(), action.toStdString());
   if (!db) return kFailed;
   // Every action works on the views page, which gives a database without views its default.
@@ -84,10 +85,12 @@ int Report(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("FIELD", "Name of the field to report on.");
-  if (!context.Parse(parser, arguments, 2, "report FILE FIELD")) return kUsage;
+  parser.addOption({"all", "Every record, not only those that pass the stored filter."});
+  if (!context.Parse(parser, arguments, 2, "report FILE FIELD [--all]")) return kUsage;
   QStringList args = parser.positionalArguments();
   auto db = context.Open(args.at(0).toStdString());
   if (!db) return kFailed;
+  ApplyAllOption(*db, parser);
   std::string field = Utf8ToCp1252(args.at(1).toStdString());
   auto slot = db->definition().FindField(field);
   auto text = RunReport(*db, slot ? *slot : -1, context.options, context.prompter);
@@ -99,6 +102,32 @@ int Report(CliContext& context, const QStringList& arguments) {
   return kOk;
 }
 
+void PrintMatch(CliContext& context, const Database& db, int position, int slot) {
+  std::cout << position + 1 << '\t' << Cp1252ToUtf8(db.definition().field(slot).name()) << '\t'
+            << Cp1252ToUtf8(
+                   RecordValueText(db, static_cast<std::uint32_t>(position), slot, context.options))
+            << '\n';
+}
+
+int FindFirst(CliContext& context, const Database& db, const FindSettings& settings, int from) {
+  auto match = FindRecord(db, settings, from, 0, true, context.options, context.prompter);
+  if (!match) return kFailed;
+  PrintMatch(context, db, match->position, match->slot);
+  return kOk;
+}
+
+// Every match from `from` on, continuing as Find Again does; the not-found message only when
+// there is no match at all.
+int FindAll(CliContext& context, const Database& db, const FindSettings& settings, int from) {
+  auto match = FindRecord(db, settings, from, 0, true, context.options, context.prompter);
+  if (!match) return kFailed;
+  while (match) {
+    PrintMatch(context, db, match->position, match->slot);
+    match = FindAgain(db, settings, *match, false, context.options, context.prompter);
+  }
+  return kOk;
+}
+
 int Find(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
@@ -107,14 +136,16 @@ int Find(CliContext& context, const QStringList& arguments) {
   parser.addOption({"case", "Case sensitive."});
   parser.addOption({"begins", "The value must begin with the text."});
   parser.addOption({"from", "Start at this record (from 1).", "record", "1"});
-  const char* usage = "find FILE TEXT [--field NAME] [--case] [--begins] [--from N]";
+  parser.addOption({"all",
+                    "List every match, one line each, in every record (not only those that "
+                    "pass the stored filter)."});
+  const char* usage = "find FILE TEXT [--field NAME] [--case] [--begins] [--from N] [--all]";
   if (!context.Parse(parser, arguments, 2, usage)) return kUsage;
   QStringList args = parser.positionalArguments();
   bool ok = false;
   int from = parser.value("from").toInt(&ok);
   if (!ok || from < 1) {
-    context.Error("--from takes a record number from 1");
-    return kUsage;
+    return context.UsageError("--from takes a record number from 1");
   }
   auto db = context.Open(args.at(0).toStdString());
   if (!db) return kFailed;
@@ -125,8 +156,7 @@ int Find(CliContext& context, const QStringList& arguments) {
   settings.case_sensitive = parser.isSet("case");
   settings.begins_with = parser.isSet("begins");
   if (settings.text.size() > 34) {
-    context.Error("the search text holds at most 34 characters");
-    return kUsage;
+    return context.UsageError("the search text holds at most 34 characters");
   }
   if (parser.isSet("field")) {
     auto slot = db->definition().FindField(Utf8ToCp1252(parser.value("field").toStdString()));
@@ -136,24 +166,29 @@ int Find(CliContext& context, const QStringList& arguments) {
     }
     settings.field = *slot;
   }
-  auto match = FindRecord(*db, settings, from - 1, 0, true, context.options, context.prompter);
+  ApplyAllOption(*db, parser);
   context.ReportLeftOut(CountEnciphered(*db));
-  if (!match) return kFailed;
-  std::cout << match->position + 1 << '\t'
-            << Cp1252ToUtf8(db->definition().field(match->slot).name()) << '\t'
-            << Cp1252ToUtf8(RecordValueText(*db, static_cast<std::uint32_t>(match->position),
-                                            match->slot, context.options))
-            << '\n';
-  return kOk;
+  return parser.isSet("all") ? FindAll(context, *db, settings, from - 1)
+                             : FindFirst(context, *db, settings, from - 1);
 }
 
 }  // namespace
 
 std::vector<Command> ViewCommands() {
   return {
-      {"views", "views FILE list|new|copy N|delete N|apply N", Views},
-      {"report", "report FILE FIELD", Report},
-      {"find", "find FILE TEXT [--field NAME] [--case] [--begins] [--from N]", Find},
+      {"views", "views FILE list|new|copy N|delete N|apply N", Views,
+       "Lists the database's views, adds, copies or deletes one, or applies one (its sort, "
+       "filter and columns become the database's own).",
+       "views Stock.PDB apply 2"},
+      {"report", "report FILE FIELD [--all]", Report,
+       "Prints the summary report on one field over the records that pass the stored filter "
+       "(every record with --all).",
+       "report Stock.PDB Qty"},
+      {"find", "find FILE TEXT [--field NAME] [--case] [--begins] [--from N] [--all]", Find,
+       "Finds the first record that passes the stored filter and holds the text, and prints "
+       "its number, the field and the value; --all lists every match in every record. Exit 1 "
+       "when there is none.",
+       "find Stock.PDB bolt --all"},
   };
 }
 

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstring>
 
+#include "engine/field_settings.h"
 #include "engine/format.h"
 #include "engine/text.h"
 
@@ -167,7 +168,10 @@ std::uint32_t TakeRecordUid(Database& db) {
 namespace {
 
 Bytes DefaultValue(const Database& db, int slot) {
-  switch (db.definition().field(slot).type()) {
+  ConstFieldDefinition field = db.definition().field(slot);
+  auto preset = FieldDefault(field);
+  if (!preset.empty()) return Bytes(preset.begin(), preset.end());
+  switch (field.type()) {
     case kInteger:
     case kDate:
     case kLink:
@@ -186,7 +190,7 @@ Bytes DefaultValue(const Database& db, int slot) {
       return linked;
     }
     case kUnique: {
-      std::uint32_t next = 0;
+      std::uint32_t next = UniqueStart(field);
       for (const RecordSlot& r : db.records) {
         auto v = ValueBytes(r.data, slot);
         if (v.size() >= 4) next = std::max(next, ValueUInt32(v) + 1);

@@ -21,4 +21,20 @@ std::optional<FieldType> FieldTypeByName(std::string_view name) {
   return std::nullopt;
 }
 
+bool HoldsTypedValue(unsigned code) {
+  switch (code) {
+    case kText:
+    case kInteger:
+    case kFloat:
+    case kPopUp:
+    case kCheckBox:
+    case kDate:
+    case kTime:
+    case kNote:
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace qv

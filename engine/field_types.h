@@ -33,5 +33,9 @@ inline constexpr int kFieldTypeCount = 19;
 std::string_view FieldTypeName(unsigned code);
 // The code whose displayed name equals `name` (case ignored), if any.
 std::optional<FieldType> FieldTypeByName(std::string_view name);
+// Types whose value is typed in as text by the user (Text, Integer, Float, Pop-Up, Check-Box,
+// Date, Time, Note): the ones that take a default, a "Set Values To.." value, and that a CSV
+// header can recreate.
+bool HoldsTypedValue(unsigned code);
 
 }  // namespace qv

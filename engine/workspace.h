@@ -24,6 +24,7 @@ struct Preferences {
   bool allow_date_time = false;
   char csv_separator = ',';
   bool csv_quote_all = false;
+  std::string print_command;  // empty: the default print command
 };
 
 class Workspace {

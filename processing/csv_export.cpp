@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "engine/field_types.h"
 #include "engine/format.h"
 #include "engine/text.h"
 #include "processing/filter.h"
@@ -57,6 +58,9 @@ bool EntriesIntact(std::span<const std::uint8_t> record) {
   return true;
 }
 
+// Types a new database can be made with from a header cell and take the exported texts back.
+bool TypeSurvivesCsv(unsigned type) { return HoldsTypedValue(type); }
+
 // The header line always follows the display order, whatever the column order of the records.
 void WriteHeader(const Database& db, const CsvExportOptions& o, std::string& line) {
   bool first = true;
@@ -65,8 +69,7 @@ void WriteHeader(const Database& db, const CsvExportOptions& o, std::string& lin
     if (slot >= kFieldSlots || !db.definition().field(slot).used()) continue;
     if (!first) line += o.separator;
     first = false;
-    std::string name = EncodeForFile(db.definition().field(slot).name(), o.encoding);
-    AppendCsvQuoted(line, name, o.quote_all_names, o.separator);
+    AppendCsvQuoted(line, CsvHeaderCell(db, slot, o), o.quote_all_names, o.separator);
   }
   line += '\n';
 }
@@ -106,31 +109,66 @@ bool WriteRecordLine(const Database& db, std::uint32_t number, const CsvExportOp
 
 }  // namespace
 
+std::string CsvHeaderCell(const Database& db, int slot, const CsvExportOptions& o) {
+  ConstFieldDefinition field = db.definition().field(slot);
+  std::string cell(field.name());
+  if (o.typed_header && TypeSurvivesCsv(field.type())) {
+    cell +=
+        StringPrintf(":%s:%u", std::string(FieldTypeName(field.type())).c_str(), field.length());
+    const FieldRecord& items = db.schema.fields[slot];
+    if (field.type() == kPopUp && !items.texts.empty()) {
+      cell += ':';
+      for (std::size_t i = 0; i < items.texts.size(); ++i) cell += (i ? "|" : "") + items.texts[i];
+    }
+  }
+  return EncodeForFile(cell, o.encoding);
+}
+
+namespace {
+
+// One record's part of WriteCsv: the progress texts, the filter test and the line.
+int WriteCsvRecord(const Database& db, const CsvExportOptions& o, std::uint32_t p,
+                   const FormatOptions& options, Prompter& prompter, std::string& out) {
+  prompter.progress(StringPrintf("Reading and Writing Record %u...", p));
+  if (o.filtered_only && !RecordPassesFilter(db, p)) return 1;
+  if (p < db.count() && IsRecordEnciphered(db, p)) return 1;  // never exported as values
+  // The offset of 102 (the first data record's place in the file) is the program's own.
+  prompter.progress(StringPrintf("Reading Record: %d:", static_cast<int>(p) - 102));
+  if (p >= db.count() || db.records[p].data.empty()) {
+    prompter.progress(StringPrintf("ERROR:Reading Record: %u", p));
+    return 0;
+  }
+  return WriteRecordLine(db, p, o, options, prompter, out) ? 1 : 0;
+}
+
+}  // namespace
+
+int WriteCsv(const Database& db, const CsvExportOptions& o,
+             const std::vector<std::uint32_t>& records, const FormatOptions& options,
+             Prompter& prompter, std::string& out) {
+  int result = 1;
+  if (o.header) WriteHeader(db, o, out);
+  for (std::uint32_t p : records)
+    if (!WriteCsvRecord(db, o, p, options, prompter, out)) result = 0;
+  return result;
+}
+
 int ExportCsv(const Database& db, const CsvExportOptions& o, const std::string& path,
               const FormatOptions& options, Prompter& prompter) {
   OutputFile file(path);
   if (!file.ok()) return 0;
   prompter.progress("Exporting to .CSV File...");
   int result = 1;
-  std::string line;
+  std::string lines;
   if (o.header) {
-    WriteHeader(db, o, line);
-    file.Write(line);
+    WriteHeader(db, o, lines);
+    file.Write(lines);
   }
+  // One record at a time, so a large export never holds the whole text.
   for (std::uint32_t p = 0; p < db.count(); ++p) {
-    prompter.progress(StringPrintf("Reading and Writing Record %u...", p));
-    if (o.filtered_only && !RecordPassesFilter(db, p)) continue;
-    if (IsRecordEnciphered(db, p)) continue;
-    // The offset of 102 (the first data record's place in the file) is the program's own.
-    prompter.progress(StringPrintf("Reading Record: %d:", static_cast<int>(p) - 102));
-    if (db.records[p].data.empty()) {
-      prompter.progress(StringPrintf("ERROR:Reading Record: %u", p));
-      result = 0;
-      continue;
-    }
-    line.clear();
-    if (!WriteRecordLine(db, p, o, options, prompter, line)) result = 0;
-    file.Write(line);
+    lines.clear();
+    if (!WriteCsvRecord(db, o, p, options, prompter, lines)) result = 0;
+    file.Write(lines);
   }
   if (!file.Close()) result = 0;
   return result;

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "engine/database.h"
 #include "platform/locale.h"
@@ -27,7 +28,19 @@ struct CsvExportOptions {
   char separator = ',';          // the program-wide separator (Preferences::csv_separator)
   bool quote_all_names = false;  // the program-wide quote-all setting, for the header
   TextEncoding encoding = TextEncoding::Utf8;
+  // Header cells NAME:TYPE:LENGTH (a Pop-Up's items after another colon, "|" between them) for
+  // the types a database made from CSV can take again; the plain name for the others.
+  bool typed_header = false;
 };
+
+// The header cell of one field under these options.
+std::string CsvHeaderCell(const Database& db, int slot, const CsvExportOptions& export_options);
+
+// Appends the header (when asked for) and the lines of the records given, in that order;
+// 1 when every record and value could be read, else 0.
+int WriteCsv(const Database& db, const CsvExportOptions& export_options,
+             const std::vector<std::uint32_t>& records, const FormatOptions& options,
+             Prompter& prompter, std::string& out);
 
 // Writes the file; 1 when every record was written, 0 when the file could not be opened or
 // any record or value could not be read (the rest is written all the same).

@@ -67,6 +67,7 @@ struct ColumnSpec {
   std::string name;
   std::optional<FieldType> type;
   std::optional<unsigned> length;
+  std::vector<std::string> items;  // a Pop-Up's list: NAME:Pop-Up:LENGTH:ITEM|ITEM...
 };
 
 bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec,
@@ -82,7 +83,17 @@ bool ParseHeaderCell(std::string_view cell, std::size_t column, ColumnSpec& spec
     return false;
   }
   if (colon != std::string_view::npos) {
-    std::string digits(rest.substr(colon + 1));
+    std::string_view after = rest.substr(colon + 1);
+    std::size_t items_at = *spec.type == kPopUp ? after.find(':') : std::string_view::npos;
+    if (items_at != std::string_view::npos) {
+      for (std::string_view list = after.substr(items_at + 1); !list.empty();) {
+        std::size_t bar = list.find('|');
+        spec.items.emplace_back(list.substr(0, bar));
+        list = bar == std::string_view::npos ? std::string_view() : list.substr(bar + 1);
+      }
+      after = after.substr(0, items_at);
+    }
+    std::string digits(after);
     char* end = nullptr;
     unsigned long n = std::strtoul(digits.c_str(), &end, 10);
     if (digits.empty() || *end != '\0' || n == 0 || n > kLongestLength) {
@@ -207,6 +218,7 @@ std::unique_ptr<Database> NewDatabaseFromCsv(std::string_view name, std::string_
     const int slot = static_cast<int>(c);
     DefineField(db->definition().field(slot), spec, cells, empties, options, note);
     if (!note.empty()) result.notes.push_back(spec.name + ": " + note);
+    if (!spec.items.empty()) db->schema.fields[c].SetItems(spec.items);
   }
   // One field for each column, in order: the header maps by position here alone.
   ColumnMap map;

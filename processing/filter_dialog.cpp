@@ -10,6 +10,7 @@
 #include "engine/text.h"
 #include "processing/filter.h"
 #include "processing/numeric.h"
+#include "processing/views.h"
 
 namespace qv {
 
@@ -82,10 +83,12 @@ bool Ranges(unsigned type, const FilterConditionControls& in, Condition& c) {
         return false;
       break;
     case kUnique:
-      if (!Whole(in.lower, 0, UINT32_MAX, 0, low) || !Whole(in.upper, 0, UINT32_MAX, UINT32_MAX, high))
+      if (!Whole(in.lower, 0, UINT32_MAX, 0, low) ||
+          !Whole(in.upper, 0, UINT32_MAX, UINT32_MAX, high))
         return false;
       break;
-    default: return false;
+    default:
+      return false;
   }
   c.lower = static_cast<std::uint32_t>(low);
   c.upper = static_cast<std::uint32_t>(high);
@@ -133,15 +136,18 @@ void LimitTexts(ConstFieldDefinition field, const Condition& c, const FormatOpti
       break;
     case kDate:
     case kTime: {
-      std::uint8_t low[4] = {c.first[0], c.first[1], c.first[2], type == kDate ? c.first[3] : std::uint8_t{0}};
-      std::uint8_t high[4] = {c.second[0], c.second[1], c.second[2], type == kDate ? c.second[3] : std::uint8_t{0}};
+      std::uint8_t low[4] = {c.first[0], c.first[1], c.first[2],
+                             type == kDate ? c.first[3] : std::uint8_t{0}};
+      std::uint8_t high[4] = {c.second[0], c.second[1], c.second[2],
+                              type == kDate ? c.second[3] : std::uint8_t{0}};
       k.lower = ScratchText(type, low, 4, options);
       // An open upper end (all bits set) shows as an empty box.
       bool open = type == kDate ? GetLE32(high) == 0xFFFFFFFF : GetLE24(high) == 0xFFFFFF;
       k.upper = open ? std::string() : ScratchText(type, high, 4, options);
       break;
     }
-    default: break;
+    default:
+      break;
   }
 }
 
@@ -150,10 +156,13 @@ void LimitTexts(ConstFieldDefinition field, const Condition& c, const FormatOpti
 LimitDefaults FilterLimitDefaults(ConstFieldDefinition field) {
   switch (field.type()) {
     case kInteger:
-    case kUnique: return {"0", "65535", 11};
+    case kUnique:
+      return {"0", "65535", 11};
     case kFloat:
-    case kCalculated: return {"0.0", "99999.9999", 16};
-    default: return {};
+    case kCalculated:
+      return {"0.0", "99999.9999", 16};
+    default:
+      return {};
   }
 }
 
@@ -187,9 +196,15 @@ bool ConditionFromTexts(const Database& db, const FilterConditionControls& in,
       break;
     }
     case kInteger:
-    case kUnique: ok = Ranges(field.type(), in, c); break;
-    case kFloat: ok = Decimals(in, options, c); break;
-    case kCheckBox: c.lower = in.checked ? 1 : 0; break;
+    case kUnique:
+      ok = Ranges(field.type(), in, c);
+      break;
+    case kFloat:
+      ok = Decimals(in, options, c);
+      break;
+    case kCheckBox:
+      c.lower = in.checked ? 1 : 0;
+      break;
     case kDate:
     case kTime:
       ok = DateOrTime(field.type(), in.lower, options, false, c.first) &&
@@ -197,7 +212,9 @@ bool ConditionFromTexts(const Database& db, const FilterConditionControls& in,
       break;
     case kCalculated:
       switch (CalculatedResultKind(field)) {
-        case 1: ok = Ranges(kInteger, in, c); break;
+        case 1:
+          ok = Ranges(kInteger, in, c);
+          break;
         case 2:
           ok = DateOrTime(kTime, in.lower, options, false, c.first) &&
                DateOrTime(kTime, in.upper, options, true, c.second);
@@ -206,10 +223,13 @@ bool ConditionFromTexts(const Database& db, const FilterConditionControls& in,
           ok = DateOrTime(kDate, in.lower, options, false, c.first) &&
                DateOrTime(kDate, in.upper, options, true, c.second);
           break;
-        default: ok = Decimals(in, options, c); break;
+        default:
+          ok = Decimals(in, options, c);
+          break;
       }
       break;
-    default: break;
+    default:
+      break;
   }
   if (!ok)
     problem = StringPrintf("the limits for %s are not valid %s values", field.name().c_str(),
@@ -217,10 +237,11 @@ bool ConditionFromTexts(const Database& db, const FilterConditionControls& in,
   return ok;
 }
 
-FilterDialogControls FilterControlsFromDatabase(const Database& db, const FormatOptions& options) {
+FilterDialogControls FilterControlsFromDatabase(const Database& db, const FormatOptions& options,
+                                                int view) {
   FilterDialogControls out;
   for (int i = 0; i < kConditions; ++i) {
-    Condition c = db.definition().condition(i);
+    Condition c = view < 0 ? db.definition().condition(i) : ViewCondition(db, view, i);
     FilterConditionControls& k = out.conditions[i];
     k.enabled = c.in_use != 0;
     k.field = c.field < kFieldSlots ? c.field : -1;
@@ -236,9 +257,11 @@ FilterDialogControls FilterControlsFromDatabase(const Database& db, const Format
 }
 
 bool StoreFilterDialog(Database& db, const FilterDialogControls& controls,
-                       const FormatOptions& options, std::string& problem) {
+                       const FormatOptions& options, std::string& problem, int view) {
+  if (view >= kMaxViews) return false;
   std::array<Condition, kConditions> copy;
-  for (int i = 0; i < kConditions; ++i) copy[i] = db.definition().condition(i);
+  for (int i = 0; i < kConditions; ++i)
+    copy[i] = view < 0 ? db.definition().condition(i) : ViewCondition(db, view, i);
   // Which "OR" button each condition reads. Conditions 2 and 3 both read the first one, so the
   // choice between conditions 2 and 3 never reaches the filter; on purpose.
   constexpr int kOrButtonOf[kConditions] = {-1, 0, 0, 2, 3, 4};
@@ -258,8 +281,12 @@ bool StoreFilterDialog(Database& db, const FilterDialogControls& controls,
     c.group = static_cast<std::uint8_t>((k.open_group ? kGroupOpen : 0) |
                                         (k.close_group ? kGroupClose : 0));
   }
-  for (int i = 0; i < kConditions; ++i) db.definition().set_condition(i, copy[i]);
   db.changed = true;
+  if (view >= 0) {
+    for (int i = 0; i < kConditions; ++i) SetViewCondition(db, view, i, copy[i]);
+    return true;
+  }
+  for (int i = 0; i < kConditions; ++i) db.definition().set_condition(i, copy[i]);
   RebuildFilteredList(db);
   db.redraw = true;
   return true;

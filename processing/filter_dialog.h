@@ -38,8 +38,10 @@ struct LimitDefaults {
 };
 LimitDefaults FilterLimitDefaults(ConstFieldDefinition field);
 
-// The controls as they stand when the dialog opens on the current conditions.
-FilterDialogControls FilterControlsFromDatabase(const Database& db, const FormatOptions& options);
+// The controls as they stand when the dialog opens on the current conditions (view -1) or on
+// those of view `view`.
+FilterDialogControls FilterControlsFromDatabase(const Database& db, const FormatOptions& options,
+                                                int view = -1);
 
 // Sets `c`'s field and values from typed texts, by the field's type (dates and times parsed as
 // typed entry parses them). False with `problem` set when a text is not a valid limit.
@@ -47,8 +49,9 @@ bool ConditionFromTexts(const Database& db, const FilterConditionControls& contr
                         const FormatOptions& options, Condition& c, std::string& problem);
 
 // On OK: writes the six conditions (values only from enabled ones) and rebuilds the filtered
-// list. False with `problem` naming the condition when a limit is invalid; nothing is stored.
+// list; with a view (not -1) the conditions go into that view and the list stays as it is.
+// False with `problem` naming the condition when a limit is invalid; nothing is stored.
 bool StoreFilterDialog(Database& db, const FilterDialogControls& controls,
-                       const FormatOptions& options, std::string& problem);
+                       const FormatOptions& options, std::string& problem, int view = -1);
 
 }  // namespace qv

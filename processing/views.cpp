@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "engine/bytes.h"
 #include "processing/filter.h"
 #include "processing/recalc.h"
 
@@ -160,6 +161,74 @@ bool ApplyView(Database& db, int v, Prompter& prompter) {
   else
     db.current = db.visible.empty() ? 0 : db.visible.front();
   return true;
+}
+
+namespace {
+
+bool ValidView(int v) {
+  return v >= 0 && v < kMaxViews;
+}
+
+std::uint8_t* FieldEntry(Database& db, int v, int slot) {
+  return db.definition().view_block(v) + view::kFieldSettings + kViewFieldEntry * slot;
+}
+
+}  // namespace
+
+void SetViewName(Database& db, int v, std::string_view name) {
+  if (!ValidView(v)) return;
+  PutCString(db.definition().view_block(v) + view::kName, 32, std::string(name.substr(0, 31)));
+  db.changed = true;
+}
+
+std::vector<int> ViewFieldOrder(const Database& db, int v) {
+  std::vector<int> order;
+  if (!ValidView(v)) return order;
+  const std::uint8_t* table = db.definition().view_block(v) + view::kFieldOrder;
+  for (int i = 0; i < kFieldSlots; ++i) order.push_back(table[i]);
+  return order;
+}
+
+void SetViewFieldOrder(Database& db, int v, const std::vector<int>& order) {
+  if (!ValidView(v) || order.size() != static_cast<std::size_t>(kFieldSlots)) return;
+  std::uint8_t* table = db.definition().view_block(v) + view::kFieldOrder;
+  for (int i = 0; i < kFieldSlots; ++i) table[i] = static_cast<std::uint8_t>(order[i]);
+  db.changed = true;
+}
+
+unsigned ViewFieldWidth(const Database& db, int v, int slot) {
+  if (!ValidView(v) || slot < 0 || slot >= kFieldSlots) return 0;
+  return GetBE16(db.definition().view_block(v) + view::kFieldSettings + kViewFieldEntry * slot);
+}
+
+void SetViewFieldWidth(Database& db, int v, int slot, unsigned width) {
+  if (!ValidView(v) || slot < 0 || slot >= kFieldSlots) return;
+  PutBE16(FieldEntry(db, v, slot), static_cast<std::uint16_t>(std::min(width, 0xFFFFu)));
+  db.changed = true;
+}
+
+Condition ViewCondition(const Database& db, int v, int i) {
+  if (!ValidView(v) || i < 0 || i >= kConditions) return {};
+  return Condition::Read(db.definition().view_block(v) + view::kFilter + kConditionSize * i);
+}
+
+void SetViewCondition(Database& db, int v, int i, const Condition& c) {
+  if (!ValidView(v) || i < 0 || i >= kConditions) return;
+  c.Write(db.definition().view_block(v) + view::kFilter + kConditionSize * i);
+  db.changed = true;
+}
+
+SortKey ViewSortKey(const Database& db, int v, int k) {
+  if (!ValidView(v) || k < 0 || k >= kSortKeys) return {};
+  const std::uint8_t* entry = db.definition().view_block(v) + view::kSortKeys + 2 * k;
+  return SortKey{entry[0] < kFieldSlots ? entry[0] : -1, entry[1] != 0};
+}
+
+void StoreListWidth(Database& db, int slot, unsigned width) {
+  if (slot < 0 || slot >= kFieldSlots) return;
+  db.definition().field(slot).set_width(width);
+  if (auto v = CurrentView(db)) SetViewFieldWidth(db, *v, slot, width);
+  db.changed = true;
 }
 
 }  // namespace qv

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "engine/database.h"
@@ -60,5 +61,21 @@ bool DeleteView(Database& db, int selected, Prompter& prompter);
 // sort; sorts, rebuilds the filtered list and keeps the current record when it is still shown
 // (else the first shown record). False when there is no such view.
 bool ApplyView(Database& db, int v, Prompter& prompter);
+
+// The view editor's parts of view `v`: its name, its field order (100 slots), the stored list
+// width of each field (0: hidden) and its six filter conditions.
+void SetViewName(Database& db, int v, std::string_view name);
+std::vector<int> ViewFieldOrder(const Database& db, int v);
+void SetViewFieldOrder(Database& db, int v, const std::vector<int>& order);
+unsigned ViewFieldWidth(const Database& db, int v, int slot);
+void SetViewFieldWidth(Database& db, int v, int slot, unsigned width);
+Condition ViewCondition(const Database& db, int v, int i);
+void SetViewCondition(Database& db, int v, int i, const Condition& c);
+// The view's three sort keys.
+SortKey ViewSortKey(const Database& db, int v, int k);
+
+// A list width changed by the user (a dragged divider, "Hide Field"): the field's width and,
+// when a view is current, that view's width for it, so re-applying the view keeps it.
+void StoreListWidth(Database& db, int slot, unsigned width);
 
 }  // namespace qv

@@ -49,6 +49,7 @@ class ScriptedDialogs : public app::Dialogs {
   }
   app::StartChoice ChooseStart(const std::vector<app::RecentEntry>& entries) override {
     chooser_entries.push_back(entries);
+    if (on_choose_start) on_choose_start();
     return start_choice;
   }
   bool DefineNewDatabase(Database& db) override {
@@ -70,8 +71,8 @@ class ScriptedDialogs : public app::Dialogs {
     return true;
   }
   std::optional<app::DeleteScope> AskDeleteScope() override { return delete_scope; }
-  std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items, const std::string&,
-                                             const QRect&) override {
+  std::optional<std::string> ChoosePopupItem(const std::vector<std::string>& items,
+                                             const std::string&, const QRect&) override {
     popup_items = items;
     return popup_choice;
   }
@@ -86,6 +87,34 @@ class ScriptedDialogs : public app::Dialogs {
     if (edit_views) edit_views(db);
   }
   bool IsRecordOpen() const override { return record_open; }
+  std::optional<FindSettings> AskFind(const Database&, const FindSettings&) override {
+    ++find_asked;
+    return find_settings;
+  }
+  bool EditSort(Database& db, int view, Prompter&) override {
+    return edit_sort ? edit_sort(db, view) : false;
+  }
+  bool EditFilter(Database& db, int view, const FormatOptions&, Prompter&) override {
+    return edit_filter ? edit_filter(db, view) : false;
+  }
+  std::optional<app::ExportRequest> AskExport(const Database&, const Preferences&) override {
+    return export_request;
+  }
+  std::optional<app::ImportRequest> AskImport(const Database&, const Preferences&) override {
+    return import_request;
+  }
+  std::optional<Bytes> AskSetValue(const Database&, int slot, const FormatOptions&,
+                                   Prompter&) override {
+    set_value_slots.push_back(slot);
+    return set_value;
+  }
+  // Runs the work at once; with `cancel_long_work` it is run and then reported cancelled, as a
+  // Cancel pressed just before the work ends.
+  bool RunLong(const std::string& title, app::LongWork work, Prompter& shown) override {
+    long_titles.push_back(title);
+    work(shown);
+    return !cancel_long_work;
+  }
 
   std::optional<std::string> open_path;
   std::deque<std::optional<std::string>> save_paths;
@@ -97,8 +126,18 @@ class ScriptedDialogs : public app::Dialogs {
   std::optional<Dmy> date_choice;
   std::optional<app::TimeOfDay> time_choice;
   bool record_open = false;
+  std::optional<FindSettings> find_settings;
+  std::function<bool(Database&, int)> edit_sort, edit_filter;
+  std::optional<app::ExportRequest> export_request;
+  std::optional<app::ImportRequest> import_request;
+  std::optional<Bytes> set_value;
+  bool cancel_long_work = false;
+  std::function<void()> on_choose_start;
 
   int open_asked = 0;
+  int find_asked = 0;
+  std::vector<int> set_value_slots;
+  std::vector<std::string> long_titles;
   int define_asked = 0;
   int about_shown = 0;
   int views_edited = 0;

@@ -43,7 +43,7 @@ TEST_F(QvdbExchangeTest, NewFromCsvThenExportGivesTheFileBack) {
   EXPECT_EQ(Slurp(out).substr(0, 36), "\"Bolt, M4 \"\"long\"\"\";\"350\";\"0.04\";\"3/");
   EXPECT_NE(Slurp(out).find("\"Caf\xE9 table\""), std::string::npos);
   ASSERT_EQ(RunQvdb({"export", db, out, "--json"}).exit_code, 0);
-  EXPECT_NE(Slurp(out).find("{\"Item\": \"two\\nlines\", \"Qty\": \"-2\""), std::string::npos);
+  EXPECT_NE(Slurp(out).find("{\"Item\": \"two\\nlines\", \"Qty\": -2"), std::string::npos);
   EXPECT_EQ(RunQvdb({"export", db, out, "--json", "--text"}).exit_code, 2);
   EXPECT_EQ(RunQvdb({"export", db, out, "--separator", "ab"}).exit_code, 2);
 }

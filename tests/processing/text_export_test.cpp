@@ -2,9 +2,9 @@
 
 #include "processing/json_export.h"
 #include "processing/record_text.h"
-#include "tests/support/temp_files.h"
 #include "tests/support/builders.h"
 #include "tests/support/scripted_prompter.h"
+#include "tests/support/temp_files.h"
 
 namespace qv::test {
 namespace {
@@ -74,23 +74,29 @@ TEST(RecordTextTest, TextExportWritesFilteredOrCurrentRecordsAndSaysSo) {
   EXPECT_EQ(prompter.Messages().size(), 3u);
 }
 
-TEST(JsonExportTest, ObjectsKeyedByFieldNameWithEscapedTexts) {
+TEST(JsonExportTest, TypedValuesNullsAndEscapedTexts) {
   auto db = DatabaseBuilder()
                 .Field("Name", kText)
                 .Field("Qty", kInteger)
-                .Row({"say \"hi\"\n\x01", "5"})
-                .Row({"Caf\xE9", "7"})
+                .Field("Price", kFloat)
+                .Field("Done", kCheckBox)
+                .Field("When", kDate)
+                .Field("At", kTime)
+                .Row({"say \"hi\"\n\x01", "-5", "2.50", "1", "3/5/2024", "1:05:09 PM"})
+                .Row({"", "7", "", "0", "", ""})
                 .Build();
-  EXPECT_EQ(RecordsAsJson(*db, false, {}),
-            "[\n  {\"Name\": \"say \\\"hi\\\"\\n\\u0001\", \"Qty\": \"5\"},\n"
-            "  {\"Name\": \"Caf\xC3\xA9\", \"Qty\": \"7\"}\n]\n");
-  Condition c;
-  c.in_use = 1;
-  c.field = 1;
-  c.lower = 100;
-  c.upper = 200;
-  db->definition().set_condition(0, c);
-  EXPECT_EQ(RecordsAsJson(*db, true, {}), "[]\n");
+  const std::vector<int> fields = {0, 1, 2, 3, 4, 5};
+  EXPECT_EQ(RecordsAsJson(*db, {0, 1}, fields, {}, {}),
+            "[\n  {\"Name\": \"say \\\"hi\\\"\\n\\u0001\", \"Qty\": -5, \"Price\": 2.5, \"Done\": "
+            "true, \"When\": \"2024-03-05\", \"At\": \"13:05:00\"},\n"
+            "  {\"Name\": null, \"Qty\": 7, \"Price\": null, \"Done\": false, \"When\": null, "
+            "\"At\": null}\n]\n");
+  // The records and fields given, in their order; JSON Lines; the display texts with raw.
+  EXPECT_EQ(RecordsAsJson(*db, {1, 0}, {1, 3}, {.typed = true, .lines = true}, {}),
+            "{\"Qty\": 7, \"Done\": false}\n{\"Qty\": -5, \"Done\": true}\n");
+  EXPECT_EQ(RecordsAsJson(*db, {1}, {3, 4}, {.typed = false}, {}),
+            "[\n  {\"Done\": \"0\", \"When\": \"NO DATE\"}\n]\n");
+  EXPECT_EQ(RecordsAsJson(*db, {}, fields, {}, {}), "[]\n");
 }
 
 }  // namespace
