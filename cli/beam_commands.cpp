@@ -63,7 +63,7 @@ int Send(CliContext& context, const QStringList& arguments) {
   parser.addOption({"view", "Beam the records the current view shows."});
   parser.addOption({"wait", "Seconds to look for the peer (default 10).", "SECONDS"});
   const char* usage = "beam send FILE --to HOST[:PORT] [--record N | --view] [--wait SECONDS]";
-  if (!context.Parse(parser, arguments, 2, usage)) return kUsage;
+  if (!context.Parse(parser, arguments, 2, usage, 2)) return kUsage;
   auto peer = ParseEndpoint(parser.value("to").toStdString(), kObexPort);
   bool ok_wait = true;
   int wait = parser.isSet("wait") ? parser.value("wait").toInt(&ok_wait) : kDefaultPatienceSeconds;
@@ -126,7 +126,7 @@ int Receive(CliContext& context, const QStringList& arguments) {
   parser.addOption({"once", "Stop after one object."});
   parser.addOption({"into", "The data folder to store databases in.", "FOLDER"});
   const char* usage = "beam receive [--listen ADDR:PORT] [--once] [--yes|--no] [--into FOLDER]";
-  if (!context.Parse(parser, arguments, 1, usage)) return kUsage;
+  if (!context.Parse(parser, arguments, 1, usage, 1)) return kUsage;
   QtSettings settings;
   QtPaths paths;
   ListenOptions options = ListenOptionsFromSettings(settings, paths.TempFolder());
@@ -141,7 +141,7 @@ int Receive(CliContext& context, const QStringList& arguments) {
   std::string folder =
       parser.isSet("into") ? parser.value("into").toStdString() : paths.DataFolder();
   // Databases opened to take records check Open Database only, not this command's Beam Data.
-  context.command.clear();
+  context.command = nullptr;
   ReceiveHost host{context.prompter,
                    context.clock,
                    folder,
@@ -174,23 +174,29 @@ int Receive(CliContext& context, const QStringList& arguments) {
   return once && stored == 0 ? kFailed : kOk;
 }
 
+constexpr const char* kBeamUsage =
+    "beam send FILE --to HOST[:PORT] [--record N | --view] [--wait SECONDS] | "
+    "beam receive [--listen ADDR:PORT] [--once] [--yes|--no] [--into FOLDER]";
+
 int Beam(CliContext& context, const QStringList& arguments) {
   const QString verb = arguments.size() > 1 ? arguments.at(1) : QString();
   if (verb == "send") return Send(context, arguments);
   if (verb == "receive") return Receive(context, arguments);
-  context.Error(
-      "usage: qvdb beam send FILE --to HOST[:PORT] [--record N | --view] | "
-      "qvdb beam receive [--listen ADDR:PORT] [--once] [--yes|--no] [--into FOLDER]");
-  return kUsage;
+  // --help, or no sub-command: the parser answers or reports the usage.
+  QCommandLineParser parser;
+  parser.addPositionalArgument("send|receive", "What to do.");
+  if (!context.Parse(parser, arguments, 1, kBeamUsage, 1)) return kUsage;
+  return context.UsageError("choose send or receive");
 }
 
 }  // namespace
 
 std::vector<Command> BeamCommands() {
-  return {{"beam",
-           "beam send FILE --to HOST[:PORT] [--record N | --view] [--wait SECONDS] | "
-           "beam receive [--listen ADDR:PORT] [--once] [--yes|--no] [--into FOLDER]",
-           Beam}};
+  return {{"beam", kBeamUsage, Beam,
+           "Beams a database, one record or the records of the current view to an OBEX peer "
+           "over TCP, or listens for what a peer beams: a database is stored (or merged into "
+           "the one of that name), records are added to the database they name.",
+           "beam send Stock.PDB --to 127.0.0.1:6500 --record 3"}};
 }
 
 }  // namespace qv::cli
