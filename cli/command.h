@@ -34,5 +34,6 @@ std::vector<Command> ViewCommands();        // views, report, find
 std::vector<Command> ExchangeCommands();    // export, import
 std::vector<Command> FieldCommands();       // field
 std::vector<Command> TransferCommands();    // print, copy, move, convert
+std::vector<Command> BeamCommands();        // beam send, beam receive
 
 }  // namespace qv::cli

@@ -11,10 +11,10 @@ namespace {
 
 std::vector<qv::cli::Command> AllCommands() {
   std::vector<qv::cli::Command> all;
-  for (auto group : {qv::cli::DatabaseCommands, qv::cli::RecordCommands,
-                     qv::cli::ProcessingCommands, qv::cli::ViewCommands, qv::cli::ExchangeCommands,
-                     qv::cli::TransferCommands, qv::cli::SecurityCommands,
-                     qv::cli::FieldCommands}) {
+  for (auto group :
+       {qv::cli::DatabaseCommands, qv::cli::RecordCommands, qv::cli::ProcessingCommands,
+        qv::cli::ViewCommands, qv::cli::ExchangeCommands, qv::cli::TransferCommands,
+        qv::cli::SecurityCommands, qv::cli::FieldCommands, qv::cli::BeamCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }
