@@ -47,7 +47,7 @@ bool UseStoredBytes(Database& db) {
   Database stored;
   std::uint32_t bad = 0;
   if (!image || ParseDatabase(*image, stored, bad) != ReadError::None) return false;
-  std::map<std::uint32_t, const Bytes*> by_uid;
+  std::map<std::uint32_t, const RecordData*> by_uid;
   for (const RecordSlot& r : stored.records) by_uid[r.uid] = &r.data;
   for (RecordSlot& r : db.records)
     if (auto found = by_uid.find(r.uid); found != by_uid.end()) r.data = *found->second;
