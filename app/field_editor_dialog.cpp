@@ -16,6 +16,7 @@
 
 #include "app/column_layout.h"
 #include "app/popup_list_editor.h"
+#include "app/stored_text_guard.h"
 #include "engine/field_settings.h"
 #include "engine/format.h"
 #include "engine/text.h"
@@ -119,6 +120,7 @@ FieldEditorDialog::FieldEditorDialog(Workspace& workspace, Database& db, int slo
   TypeChanged();
   name_->setFocus();
   resize(600, 520);
+  GuardStoredTexts(this);
 }
 
 QWidget* FieldEditorDialog::BuildGeneral() {

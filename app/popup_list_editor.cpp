@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/stored_text_guard.h"
 #include "engine/text.h"
 
 namespace qv::app {
@@ -62,6 +63,7 @@ PopupListEditor::PopupListEditor(const std::vector<std::string>& items, QWidget*
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   if (list_->count() > 0) list_->setCurrentRow(0);
   UpdateButtons();
+  GuardStoredTexts(this);
 }
 
 QString PopupListEditor::Ask(const QString& title, const QString& text) {

@@ -18,6 +18,7 @@
 
 #include "app/field_editor_dialog.h"
 #include "app/security_access_dialog.h"
+#include "app/stored_text_guard.h"
 #include "app/views_dialog.h"
 #include "engine/text.h"
 #include "processing/field_edit.h"
@@ -77,6 +78,7 @@ PropertiesDialog::PropertiesDialog(Workspace& workspace, AccessGate& access, con
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
   FillFields(-1);
   resize(640, 520);
+  GuardStoredTexts(this);
 }
 
 void PropertiesDialog::ShowPage(int page) {

@@ -11,6 +11,7 @@
 
 #include "app/field_controls.h"
 #include "app/popup_list_editor.h"
+#include "app/stored_text_guard.h"
 #include "engine/record.h"
 #include "engine/text.h"
 #include "processing/filter.h"
@@ -84,6 +85,7 @@ RecordEditorDialog::RecordEditorDialog(Workspace& workspace, Database& db, Acces
   int height = scroll->widget()->sizeHint().height() + row->sizeHint().height() +
                buttons->sizeHint().height() + 48;
   resize(two_columns_ ? 1040 : 620, std::clamp(height, 320, 700));
+  GuardStoredTexts(this);
 }
 
 namespace {

@@ -12,6 +12,7 @@
 #include <QVBoxLayout>
 
 #include "app/field_choices.h"
+#include "app/stored_text_guard.h"
 #include "engine/field_types.h"
 #include "engine/format.h"
 #include "engine/record.h"
@@ -19,7 +20,9 @@
 
 namespace qv::app {
 
-bool SetValuesDialog::Settable(unsigned type) { return HoldsTypedValue(type); }
+bool SetValuesDialog::Settable(unsigned type) {
+  return HoldsTypedValue(type);
+}
 
 SetValuesDialog::SetValuesDialog(const Database& db, int slot, const FormatOptions& options,
                                  Prompter& prompter, QWidget* parent)
@@ -66,6 +69,7 @@ SetValuesDialog::SetValuesDialog(const Database& db, int slot, const FormatOptio
   layout->addLayout(form);
   layout->addWidget(note);
   layout->addWidget(buttons);
+  GuardStoredTexts(this);
 }
 
 std::optional<Bytes> SetValuesDialog::Read() const {

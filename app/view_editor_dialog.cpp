@@ -16,6 +16,7 @@
 #include "app/field_choices.h"
 #include "app/filters_dialog.h"
 #include "app/sort_dialog.h"
+#include "app/stored_text_guard.h"
 #include "engine/text.h"
 #include "processing/views.h"
 
@@ -100,6 +101,7 @@ ViewEditorDialog::ViewEditorDialog(Database& db, int view, const FormatOptions& 
   layout->addWidget(buttons);
   fields_->setCurrentRow(0);
   resize(460, 420);
+  GuardStoredTexts(this);
 }
 
 void ViewEditorDialog::CurrentChanged() {
