@@ -212,8 +212,21 @@ Bytes DefaultValue(const Database& db, int slot) {
   ConstFieldDefinition field = db.definition().field(slot);
   auto preset = FieldDefault(field);
   if (!preset.empty()) return Bytes(preset.begin(), preset.end());
-  switch (field.type()) {
+  if (field.type() != kUnique) return EmptyValue(field.type());
+  std::uint32_t next = UniqueStart(field);
+  for (const RecordSlot& r : db.records) {
+    auto v = ValueBytes(r.data, slot);
+    if (v.size() >= 4) next = std::max(next, ValueUInt32(v) + 1);
+  }
+  return UInt32Value(next);
+}
+
+}  // namespace
+
+Bytes EmptyValue(unsigned type) {
+  switch (type) {
     case kInteger:
+    case kUnique:
     case kDate:
     case kLink:
       return UInt32Value(0);
@@ -225,25 +238,12 @@ Bytes DefaultValue(const Database& db, int slot) {
       return Bytes{0};
     case kHeading:
       return Bytes{};
-    case kLinked: {
-      Bytes linked(24, 0);
-      linked.push_back(0);
-      return linked;
-    }
-    case kUnique: {
-      std::uint32_t next = UniqueStart(field);
-      for (const RecordSlot& r : db.records) {
-        auto v = ValueBytes(r.data, slot);
-        if (v.size() >= 4) next = std::max(next, ValueUInt32(v) + 1);
-      }
-      return UInt32Value(next);
-    }
+    case kLinked:
+      return Bytes(25, 0);
     default:
       return TextValue("");
   }
 }
-
-}  // namespace
 
 RecordValues DefaultValues(const Database& db) {
   RecordValues values;

@@ -101,6 +101,8 @@ std::uint32_t FileTimeNow(const Clock& clock);
 // The values a new record starts with: empty texts, zero numbers, no date, no time, and the
 // next free number in every Unique field.
 RecordValues DefaultValues(const Database& db);
+// The empty value of a type: empty text, zero, unchecked, no date, no time, no picture.
+Bytes EmptyValue(unsigned type);
 
 // Takes the identifier for a new record: one past the largest in use.
 std::uint32_t TakeRecordUid(Database& db);

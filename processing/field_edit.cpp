@@ -41,28 +41,6 @@ bool KeepsNoData(unsigned type) {
          type == kLinked || type == kRelationship;
 }
 
-Bytes EmptyValue(unsigned type) {
-  switch (type) {
-    case kInteger:
-    case kUnique:
-    case kDate:
-    case kLink:
-      return UInt32Value(0);
-    case kCheckBox:
-      return CheckValue(false);
-    case kTime:
-      return TimeValue(255, 0, 0);
-    case kImage:
-      return Bytes{0};
-    case kHeading:
-      return Bytes{};
-    case kLinked:
-      return Bytes(25, 0);
-    default:
-      return TextValue("");
-  }
-}
-
 bool IsEmptyValue(unsigned type, std::span<const std::uint8_t> v) {
   if (v.empty()) return true;
   switch (type) {
