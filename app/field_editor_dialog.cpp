@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include "app/column_layout.h"
+#include "app/note_label.h"
 #include "app/popup_list_editor.h"
 #include "app/stored_text_guard.h"
 #include "engine/field_settings.h"
@@ -91,15 +92,6 @@ QFormLayout* Form(QWidget* page) {
   outer->addLayout(form);
   outer->addStretch(1);
   return form;
-}
-
-QLabel* Note(const QString& text, QWidget* parent) {
-  auto* label = new QLabel(text, parent);
-  label->setWordWrap(true);
-  QPalette p = label->palette();
-  p.setColor(QPalette::WindowText, p.color(QPalette::PlaceholderText));
-  label->setPalette(p);
-  return label;
 }
 
 }  // namespace

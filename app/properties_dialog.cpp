@@ -17,6 +17,7 @@
 #include <QVBoxLayout>
 
 #include "app/field_editor_dialog.h"
+#include "app/note_label.h"
 #include "app/security_access_dialog.h"
 #include "app/stored_text_guard.h"
 #include "app/views_dialog.h"
@@ -38,15 +39,6 @@ QPushButton* Button(const QString& text, QWidget* parent) {
   auto* b = new QPushButton(text, parent);
   b->setAutoDefault(false);
   return b;
-}
-
-QLabel* Note(const QString& text, QWidget* parent) {
-  auto* label = new QLabel(text, parent);
-  label->setWordWrap(true);
-  QPalette p = label->palette();
-  p.setColor(QPalette::WindowText, p.color(QPalette::PlaceholderText));
-  label->setPalette(p);
-  return label;
 }
 
 bool AnyRecordEnciphered(const Database& db) {

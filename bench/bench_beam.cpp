@@ -9,7 +9,6 @@
 #include "bench/support/sample_database.h"
 #include "exchange/beam_send.h"
 #include "exchange/obex_listener.h"
-#include "platform/system_clock.h"
 
 namespace qv::bench {
 namespace {
@@ -17,13 +16,7 @@ namespace {
 constexpr std::uint32_t kRecords = 65000;
 
 const std::string& SampleFile() {
-  static const std::string path = [] {
-    auto db = MakeSampleDatabase(kRecords);
-    db->path = (std::filesystem::temp_directory_path() / "qv-bench-beam.PDB").string();
-    SystemClock clock;
-    SaveDatabase(*db, clock);
-    return db->path;
-  }();
+  static const std::string path = SavedSampleFile("qv-bench-beam.PDB", kRecords);
   return path;
 }
 

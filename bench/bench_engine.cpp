@@ -15,13 +15,7 @@ namespace {
 constexpr std::uint32_t kRecords = 65000;
 
 const std::string& SampleFile() {
-  static const std::string path = [] {
-    auto db = MakeSampleDatabase(kRecords);
-    db->path = (std::filesystem::temp_directory_path() / "qv-bench-engine.PDB").string();
-    SystemClock clock;
-    SaveDatabase(*db, clock);
-    return db->path;
-  }();
+  static const std::string path = SavedSampleFile("qv-bench-engine.PDB", kRecords);
   return path;
 }
 

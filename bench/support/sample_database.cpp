@@ -1,5 +1,6 @@
 #include "bench/support/sample_database.h"
 
+#include <filesystem>
 #include <random>
 #include <string>
 
@@ -15,7 +16,9 @@ const char* const kWords[] = {"apple",  "Banana", "cherry", "delta",  "Echo",   
                               "meadow", "Nickel", "orchid", "pepper", "quartz", "river"};
 const char* const kCities[] = {"Oslo", "Lima", "Cairo", "Perth", "Quito", "Riga", "Sofia", "Turin"};
 
-std::string Word(std::mt19937& random) { return kWords[random() % std::size(kWords)]; }
+std::string Word(std::mt19937& random) {
+  return kWords[random() % std::size(kWords)];
+}
 
 }  // namespace
 
@@ -30,7 +33,8 @@ RecordValues SampleRecordValues(const Database& db, std::uint32_t n) {
   v.Set(5, CheckValue(random() % 2));
   const char* sizes[] = {"Small", "Medium", "Large"};
   v.Set(6, TextValue(sizes[random() % 3]));
-  v.Set(7, TextValue(random() % 4 ? std::string() : "A longer note about item " + std::to_string(n)));
+  v.Set(7,
+        TextValue(random() % 4 ? std::string() : "A longer note about item " + std::to_string(n)));
   v.Set(8, TextValue(kCities[random() % std::size(kCities)]));
   v.Set(9, TextValue("C-" + std::to_string(random() % 100000)));
   return v;
@@ -42,9 +46,9 @@ std::unique_ptr<Database> MakeSampleDatabase(std::uint32_t records, std::uint32_
   struct Spec {
     const char* name;
     FieldType type;
-  } specs[] = {{"Name", kText},     {"Qty", kInteger},  {"Price", kFloat}, {"Bought", kDate},
-               {"At", kTime},       {"Done", kCheckBox}, {"Size", kPopUp}, {"Notes", kNote},
-               {"City", kText},     {"Code", kText}};
+  } specs[] = {{"Name", kText}, {"Qty", kInteger},   {"Price", kFloat}, {"Bought", kDate},
+               {"At", kTime},   {"Done", kCheckBox}, {"Size", kPopUp},  {"Notes", kNote},
+               {"City", kText}, {"Code", kText}};
   for (int slot = 0; slot < 10; ++slot) {
     FieldDefinition f = db->definition().field(slot);
     f.set_type(specs[slot].type);
@@ -57,6 +61,14 @@ std::unique_ptr<Database> MakeSampleDatabase(std::uint32_t records, std::uint32_
   ShowAllRecords(*db);
   db->changed = false;
   return db;
+}
+
+std::string SavedSampleFile(const std::string& file_name, std::uint32_t records) {
+  auto db = MakeSampleDatabase(records);
+  db->path = (std::filesystem::temp_directory_path() / file_name).string();
+  SystemClock clock;
+  SaveDatabase(*db, clock);
+  return db->path;
 }
 
 }  // namespace qv::bench

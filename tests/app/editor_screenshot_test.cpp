@@ -20,24 +20,18 @@
 #include "processing/formula_builder.h"
 #include "security/access.h"
 #include "tests/app/editor_harness.h"
+#include "tests/app/screenshot.h"
 
 using namespace qv;
 
 namespace {
 
-// Saves the widget's picture, no larger than a 1366 x 768 screen, and checks it is more than a
-// blank rectangle.
+// Saves the widget's picture, no larger than a 1366 x 768 screen less its panel.
 void Shoot(QWidget& widget, const QString& name) {
   widget.show();
   QVERIFY(QTest::qWaitForWindowExposed(&widget));
   QVERIFY2(widget.width() <= 1366 && widget.height() <= 740, qPrintable(name));
-  QImage image = widget.grab().toImage();
-  QSet<QRgb> colours;
-  for (int y = 0; y < image.height(); y += 3)
-    for (int x = 0; x < image.width(); x += 3) colours.insert(image.pixel(x, y));
-  QVERIFY2(colours.size() > 8, qPrintable(name));
-  QDir().mkpath(SCREENSHOT_DIR);
-  QVERIFY(image.save(QString(SCREENSHOT_DIR) + "/" + name + ".png"));
+  test::Shoot(widget, name);
 }
 
 // A database with one field of every type and one record holding a value in each.

@@ -12,6 +12,7 @@
 #include "exchange/conversion.h"
 #include "exchange/print_records.h"
 #include "tests/app/app_fakes.h"
+#include "tests/app/screenshot.h"
 #include "tests/support/old_database_builder.h"
 
 using namespace qv;
@@ -47,14 +48,7 @@ class RecordingRunner : public ProcessRunner {
   std::string printed;
 };
 
-void Shoot(QWidget& widget, const QString& name) {
-  widget.show();
-  QVERIFY(QTest::qWaitForWindowExposed(&widget));
-  QImage image = widget.grab().toImage();
-  QVERIFY(!image.isNull());
-  QDir().mkpath(SCREENSHOT_DIR);
-  QVERIFY(image.save(QString(SCREENSHOT_DIR) + "/" + name + ".png"));
-}
+using qv::test::Shoot;
 
 }  // namespace
 

@@ -1,6 +1,8 @@
 // Pictures of the main window on the example database, the start chooser and the preferences,
 // written under the build folder for people to look at.
 
+#include "tests/app/screenshot.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
@@ -32,19 +34,7 @@ using namespace qv;
 
 namespace {
 
-// Saves the widget's picture and checks it is more than a blank rectangle.
-void Shoot(QWidget& widget, const QString& name) {
-  widget.show();
-  QVERIFY(QTest::qWaitForWindowExposed(&widget));
-  QImage image = widget.grab().toImage();
-  QVERIFY(!image.isNull());
-  QSet<QRgb> colours;
-  for (int y = 0; y < image.height(); y += 3)
-    for (int x = 0; x < image.width(); x += 3) colours.insert(image.pixel(x, y));
-  QVERIFY2(colours.size() > 8, qPrintable(name));
-  QDir().mkpath(SCREENSHOT_DIR);
-  QVERIFY(image.save(QString(SCREENSHOT_DIR) + "/" + name + ".png"));
-}
+using qv::test::Shoot;
 
 // The example database, loaded.
 std::unique_ptr<Database> Example() {
