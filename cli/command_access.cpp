@@ -23,6 +23,7 @@ constexpr std::array kRules = {
     // Edit Records: the record editor; recalculation rewrites stored values as it does.
     CommandRule{"set", "*", kEditRecords},
     CommandRule{"recalc", "*", kEditRecords},
+    CommandRule{"plugin", "call", kEditRecords},
     // Delete Records: deleting. (copy and move check Add Records on the target and Delete
     // Records on the source themselves, since they open two databases.)
     CommandRule{"delete", "*", kDeleteRecords},
@@ -32,6 +33,7 @@ constexpr std::array kRules = {
     CommandRule{"field", "set", kDbProperties},
     CommandRule{"field", "move", kDbProperties},
     CommandRule{"field", "delete", kDbProperties},
+    CommandRule{"plugin", "configure", kDbProperties},
     CommandRule{"views", "new", kDbProperties},
     CommandRule{"views", "copy", kDbProperties},
     CommandRule{"views", "delete", kDbProperties},

@@ -50,4 +50,20 @@ void SetPluginName(FieldDefinition field, std::string_view name) {
   PutCString(field.bytes() + fs::kPluginName, fs::kPluginNameSize, name);
 }
 
+PluginSettings GetPluginSettings(ConstFieldDefinition field) {
+  PluginSettings s;
+  const std::uint8_t* p = field.bytes();
+  s.setting = GetBE32(p + fs::kPluginSetting);
+  s.byte_setting = p[fs::kPluginByte];
+  std::copy_n(p + fs::kPluginConfig, s.config.size(), s.config.begin());
+  return s;
+}
+
+void SetPluginSettings(FieldDefinition field, const PluginSettings& settings) {
+  std::uint8_t* p = field.bytes();
+  PutBE32(p + fs::kPluginSetting, settings.setting);
+  p[fs::kPluginByte] = settings.byte_setting;
+  std::copy(settings.config.begin(), settings.config.end(), p + fs::kPluginConfig);
+}
+
 }  // namespace qv
