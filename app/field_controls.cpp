@@ -11,6 +11,7 @@
 #include <QToolButton>
 
 #include "app/date_chooser.h"
+#include "app/external_calls.h"
 #include "app/image_editor.h"
 #include "app/time_chooser.h"
 #include "engine/format.h"
@@ -363,8 +364,6 @@ class ShownControl : public FieldControl {
  private:
   static QString Note(unsigned type) {
     switch (type) {
-      case kExternal:
-        return tr("set by its plug-in (plug-ins are not available yet)");
       case kLink:
       case kLinked:
       case kRelationship:
@@ -409,6 +408,8 @@ FieldControl* FieldControl::Create(const Database& db, int slot, const FormatOpt
       return new CheckControl(slot, parent);
     case kImage:
       return new ImageControl(slot, parent);
+    case kExternal:
+      return NewExternalControl(db, slot, parent);
     default:
       return new ShownControl(db, slot, options, parent);
   }

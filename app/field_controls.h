@@ -36,6 +36,8 @@ class FieldControl : public QObject {
   void edited();
   // The pop-up chooser's "Edit Popups" button.
   void editPopupsRequested(int slot);
+  // An External field's button: the user activates its plug-in.
+  void externalSelected(int slot);
 
  protected:
   FieldControl(int slot, QObject* parent) : QObject(parent), slot_(slot) {}

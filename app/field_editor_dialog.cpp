@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include "app/column_layout.h"
+#include "app/external_calls.h"
 #include "app/note_label.h"
 #include "app/popup_list_editor.h"
 #include "app/stored_text_guard.h"
@@ -326,17 +327,30 @@ QWidget* FieldEditorDialog::PluginPage() {
   plugin_ = new QLineEdit(page);
   plugin_->setMaxLength(19);
   auto* configure = new QPushButton(tr("Configure..."), page);
+  configure->setToolTip(tr("Let the plug-in set its options for this field"));
   configure->setEnabled(false);
-  configure->setToolTip(tr("Plug-ins are not available yet"));
+  connect(plugin_, &QLineEdit::textChanged, configure,
+          [configure](const QString& text) { configure->setEnabled(!text.trimmed().isEmpty()); });
+  connect(configure, &QPushButton::clicked, this, &FieldEditorDialog::ConfigurePlugin);
   auto* row = new QHBoxLayout;
   row->addWidget(plugin_, 1);
   row->addWidget(configure);
   form->addRow(tr("&Plug-in:"), row);
   form->addRow(QString(),
-               Note(tr("Plug-ins are not available in this version; the name is kept for "
-                       "when they are."),
+               Note(tr("The plug-in NAME is the library libNAME.so in the data folder's plugins "
+                       "folder or on the library path. It sets the field's value when a record "
+                       "is opened, stored, or its button is pressed."),
                     page));
   return page;
+}
+
+void FieldEditorDialog::ConfigurePlugin() {
+  // A new field is configured for the slot it will take.
+  int slot = slot_;
+  for (int s = 0; slot < 0 && s < kFieldSlots; ++s)
+    if (!db_.definition().field(s).used()) slot = s;
+  ConfigureExternal(AppPluginPlaces(), slot, Narrow(plugin_->text().trimmed()), db_,
+                    plugin_settings_, workspace_.prompter);
 }
 
 QComboBox* FieldEditorDialog::FieldChooser(const QString& none) {
@@ -405,7 +419,10 @@ void FieldEditorDialog::Load() {
     else_text_->setText(Wide(s.else_text));
   }
   if (PageOf(f.type()) == kTargetPage) target_->setText(Wide(LinkTarget(f)));
-  if (f.type() == kExternal) plugin_->setText(Wide(PluginName(f)));
+  if (f.type() == kExternal) {
+    plugin_->setText(Wide(PluginName(f)));
+    plugin_settings_ = GetPluginSettings(f);
+  }
 }
 
 void FieldEditorDialog::TypeChanged() {
@@ -483,6 +500,7 @@ bool FieldEditorDialog::ApplySettings(Database& db, int slot, unsigned type) {
       if (name.find_first_of("/\\") != std::string::npos)
         return refuse("A plug-in name holds no path separator.");
       SetPluginName(f, name);
+      SetPluginSettings(f, plugin_settings_);
       return true;
     }
     default:

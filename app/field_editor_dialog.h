@@ -7,6 +7,7 @@
 
 #include <QDialog>
 
+#include "engine/field_settings.h"
 #include "engine/workspace.h"
 
 class QCheckBox;
@@ -36,6 +37,8 @@ class FieldEditorDialog : public QDialog {
   QLineEdit* formulaEdit() const { return formula_; }
   QComboBox* resultKindBox() const { return result_kind_; }
   QLineEdit* targetEdit() const { return target_; }
+  QLineEdit* pluginEdit() const { return plugin_; }
+  const PluginSettings& pluginSettings() const { return plugin_settings_; }
   // The pop-up items as the editor will store them (Windows-1252).
   std::vector<std::string>& popupItems() { return items_; }
   void SelectType(unsigned type);
@@ -50,6 +53,7 @@ class FieldEditorDialog : public QDialog {
   QWidget* ConditionalPage();
   QWidget* TargetPage();
   QWidget* PluginPage();
+  void ConfigurePlugin();
   QWidget* EmptyPage();
   void Load();
   void TypeChanged();
@@ -92,6 +96,7 @@ class FieldEditorDialog : public QDialog {
   QLineEdit* else_text_ = nullptr;
   QLineEdit* target_ = nullptr;
   QLineEdit* plugin_ = nullptr;
+  PluginSettings plugin_settings_;  // what the plug-in's configuration set, stored on OK
   std::map<int, int> page_of_type_;
 };
 

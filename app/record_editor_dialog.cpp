@@ -9,6 +9,7 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+#include "app/external_calls.h"
 #include "app/field_controls.h"
 #include "app/popup_list_editor.h"
 #include "app/stored_text_guard.h"
@@ -148,6 +149,7 @@ void RecordEditorDialog::BuildControls() {
       RefreshComputed();
     });
     connect(control, &FieldControl::editPopupsRequested, this, &RecordEditorDialog::EditPopups);
+    connect(control, &FieldControl::externalSelected, this, &RecordEditorDialog::SelectExternal);
   }
   for (int i = 0; i < columns->count(); ++i)
     if (auto* f = qobject_cast<QFormLayout*>(columns->itemAt(i)->layout()))
@@ -210,10 +212,12 @@ bool RecordEditorDialog::ShowStored(std::uint32_t number) {
 void RecordEditorDialog::Show(std::uint32_t number, const RecordValues& values) {
   number_ = number;
   shown_ = values;
+  // What the plug-ins set up is stored when the user leaves the record, like a typed change.
+  const bool set_up = RunExternalFields(db_, kInitExternal, number, shown_);
   for (auto& [slot, control] : controls_)
-    control->Load(values.values[static_cast<std::size_t>(slot)]);
+    control->Load(shown_.values[static_cast<std::size_t>(slot)]);
   encrypt_->setChecked(HasFlag(values.prefix, kRecordManualEncrypt));
-  dirty_ = false;
+  dirty_ = set_up && !view_only_;
   if (number != kNewRecord) db_.current = number;
   QString name = Wide(db_.name);
   setWindowTitle(number == kNewRecord
@@ -288,6 +292,7 @@ bool RecordEditorDialog::StoreShown() {
   }
   auto values = Gather(true);
   if (!values) return false;
+  RunExternalFields(db_, kSaveExternal, number_, *values);
   workspace_.prompter.busy(true);
   auto stored = StoreRecordSorted(db_, *values, number_, true, workspace_.prompter);
   workspace_.prompter.busy(false);
@@ -371,6 +376,17 @@ void RecordEditorDialog::EditPopups(int slot) {
   changed_ = true;
   if (current && controls_.count(slot))
     controls_[slot]->Load(current->values[static_cast<std::size_t>(slot)]);
+}
+
+void RecordEditorDialog::SelectExternal(int slot) {
+  auto values = view_only_ ? std::nullopt : Gather(false);
+  if (!values || !CallExternal(AppPluginPlaces(), slot, kSelectExternal, db_,
+                               static_cast<std::uint16_t>(number_), *values))
+    return;
+  shown_ = *values;
+  for (auto& [s, control] : controls_) control->Load(shown_.values[static_cast<std::size_t>(s)]);
+  dirty_ = true;
+  RefreshComputed();
 }
 
 void RecordEditorDialog::accept() {

@@ -55,6 +55,7 @@ class RecordEditorDialog : public QDialog {
   std::optional<RecordValues> Gather(bool report);
   void RefreshComputed();
   void EditPopups(int slot);
+  void SelectExternal(int slot);
   void UpdateButtons();
   void LeaveDeciphered();
   bool Allowed(Guarded action);

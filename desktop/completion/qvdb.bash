@@ -46,6 +46,12 @@ _qvdb() {
     COMPREPLY=($(compgen -W "$(qvdb "$command" --help 2>/dev/null | grep -o -- '--[a-z-]*' | sort -u)" -- "$cur"))
   elif ((cword == 2)); then
     COMPREPLY=($(compgen -f -- "$cur" | grep -i '\.pdb$') $(compgen -d -- "$cur"))
+  elif [[ $command == plugin ]]; then
+    case $cword in
+      3) COMPREPLY=($(compgen -W "$(_qvdb_fields "$file")" -- "$cur")) ;;
+      4) COMPREPLY=($(compgen -W $'configure\ncall' -- "$cur")) ;;
+      5) [[ $prev == call ]] && COMPREPLY=($(compgen -W $'init\nsave\nselect' -- "$cur")) ;;
+    esac
   elif [[ $command == add || $command == set ]]; then
     COMPREPLY=($(compgen -S = -W "$(_qvdb_fields "$file")" -- "$cur"))
     compopt -o nospace 2>/dev/null

@@ -47,18 +47,18 @@ int FirstDateField(const QvExternalConfig* block) {
 // The Date field the user picks, -1 when cancelled.
 int AskDateField(const QvExternalConfig* block, int chosen) {
   QStringList names;
-  QList<int> slots;
+  QList<int> date_slots;
   for (int slot = 0; slot < QV_EXTERNAL_FIELDS; ++slot) {
     if (block->types[slot] != QV_TYPE_DATE) continue;
     names << QString::fromLatin1(block->names[slot],
                                  static_cast<int>(strnlen(block->names[slot], QV_EXTERNAL_NAME_SIZE)));
-    slots << slot;
+    date_slots << slot;
   }
   bool ok = false;
-  const int current = std::max<int>(0, static_cast<int>(slots.indexOf(chosen)));
+  const int current = std::max<int>(0, static_cast<int>(date_slots.indexOf(chosen)));
   QString picked = QInputDialog::getItem(QApplication::activeWindow(), "Age in days",
                                          "Count the days since:", names, current, false, &ok);
-  return ok ? slots.at(names.indexOf(picked)) : -1;
+  return ok ? date_slots.at(names.indexOf(picked)) : -1;
 }
 
 void PutText(QvExternalRecord* block, const char* text) {
@@ -78,7 +78,7 @@ int32_t Update(QvExternalRecord* block) {
   const uint32_t day = date ? uint32_t{date[0]} | uint32_t{date[1]} << 8 |
                                   uint32_t{date[2]} << 16 | uint32_t{date[3]} << 24
                             : 0;
-  char text[16] = "";
+  char text[24] = "";
   if (day != 0) std::snprintf(text, sizeof text, "%ld", Today() - static_cast<long>(day));
   PutText(block, text);
   return block->changed != 0;
