@@ -12,13 +12,8 @@ namespace qv::app {
 PluginPlaces AppPluginPlaces() { return {QtPaths().DataFolder()}; }
 
 bool RunExternalFields(const Database& db, int event, std::uint32_t number, RecordValues& values) {
-  bool changed = false;
-  const PluginPlaces places = AppPluginPlaces();
-  for (int slot = 0; slot < kFieldSlots; ++slot)
-    if (db.definition().field_type(slot) == kExternal)
-      changed = CallExternal(places, slot, event, db, static_cast<std::uint16_t>(number), values) ||
-                changed;
-  return changed;
+  return CallExternalFields(AppPluginPlaces(), event, db, static_cast<std::uint16_t>(number),
+                            values);
 }
 
 namespace {

@@ -335,7 +335,9 @@ QWidget* FieldEditorDialog::PluginPage() {
   auto* row = new QHBoxLayout;
   row->addWidget(plugin_, 1);
   row->addWidget(configure);
-  form->addRow(tr("&Plug-in:"), row);
+  auto* label = new QLabel(tr("&Plug-in:"), page);
+  label->setBuddy(plugin_);
+  form->addRow(label, row);
   form->addRow(QString(),
                Note(tr("The plug-in NAME is the library libNAME.so in the data folder's plugins "
                        "folder or on the library path. It sets the field's value when a record "

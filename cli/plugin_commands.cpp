@@ -5,11 +5,11 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
-#include "cli/record_edit.h"
 #include "engine/field_settings.h"
 #include "engine/text.h"
 #include "exchange/external.h"
 #include "platform/qt/qt_paths.h"
+#include "processing/store.h"
 #include "security/protected_open.h"
 
 namespace qv::cli {
@@ -83,7 +83,7 @@ int Call(CliContext& context, Database& db, int slot, int event, const QString& 
     std::cout << "plug-in " << name << " changed nothing in record " << n << '\n';
     return kOk;
   }
-  auto stored = StoreEditedRecord(context, db, values, number);
+  auto stored = StoreRecordSorted(db, values, number, true, context.prompter);
   if (!stored || !context.Save(db)) return kFailed;
   std::cout << "plug-in " << name << " changed record " << n;
   if (*stored != number) std::cout << " (now record " << *stored + 1 << ")";

@@ -4,6 +4,8 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
+#include "exchange/external.h"
+#include "platform/qt/qt_paths.h"
 #include "processing/store.h"
 
 namespace qv::cli {
@@ -72,7 +74,11 @@ int ApplyAssignments(CliContext& context, const Database& db, const QStringList&
 
 std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,
                                                const RecordValues& values, std::uint32_t number) {
-  auto stored = StoreRecordSorted(db, values, number, true, context.prompter);
+  // External fields' plug-ins see the record before it is stored, as in the record editor.
+  RecordValues plugged = values;
+  CallExternalFields({QtPaths().DataFolder()}, kSaveExternal, db,
+                     static_cast<std::uint16_t>(number), plugged);
+  auto stored = StoreRecordSorted(db, plugged, number, true, context.prompter);
   if (!stored) context.Error("the database holds 65,000 records already");
   return stored;
 }

@@ -139,6 +139,15 @@ int CallExternal(const PluginPlaces& places, int field, int event, const Databas
   return 1;
 }
 
+bool CallExternalFields(const PluginPlaces& places, int event, const Database& db,
+                        std::uint16_t position, RecordValues& record) {
+  bool changed = false;
+  for (int slot = 0; slot < kFieldSlots; ++slot)
+    if (db.definition().field_type(slot) == kExternal)
+      changed = CallExternal(places, slot, event, db, position, record) == 1 || changed;
+  return changed;
+}
+
 int ConfigureExternal(const PluginPlaces& places, int field, std::string_view name,
                       const Database& db, PluginSettings& settings, Prompter& prompter) {
   void* library = OpenPlugin(places, name);

@@ -34,6 +34,11 @@ bool ValidPluginName(std::string_view name);
 int CallExternal(const PluginPlaces& places, int field, int event, const Database& db,
                  std::uint16_t position, RecordValues& record);
 
+// Runs `event` for every External field of `db` in slot order, as the record editor does when
+// it sets up and stores a record; true when any plug-in changed the values.
+bool CallExternalFields(const PluginPlaces& places, int event, const Database& db,
+                        std::uint16_t position, RecordValues& record);
+
 // Lets plug-in `name` edit the settings of field `field`: 1 when the library could be loaded
 // (`settings` then hold what CONFIGEXTERNAL accepted, or are unchanged), 0 after telling the
 // user it could not. The library is unloaded again.

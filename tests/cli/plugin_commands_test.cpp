@@ -32,6 +32,10 @@ TEST(PluginCommand, CallStoresWhatThePluginChangedAndConfigureKeepsItsSettings) 
   ASSERT_EQ(called.exit_code, 0) << called.err;
   EXPECT_NE(Csv(db).find("bolt,99,written"), std::string::npos) << Csv(db);
 
+  // qvdb set stores a record as the record editor does: the plug-in sees it first.
+  ASSERT_EQ(RunQvdb({"set", db, "1", "Name=nut", "Check=typed"}, "", kTestHome).exit_code, 0);
+  EXPECT_NE(Csv(db).find("nut,99,written"), std::string::npos) << Csv(db);
+
   std::string before = Slurp(db);
   auto configured = RunQvdb({"plugin", db, "3", "configure"}, "", kTestHome);
   ASSERT_EQ(configured.exit_code, 0) << configured.err;
@@ -62,8 +66,8 @@ TEST(PluginCommand, RefusalsLeaveTheFileAlone) {
   // Each verb checks the action of the application's command that does the same.
   for (auto [action, verb] : {std::pair{"Edit Records", "call"}, {"DB Properties", "configure"}}) {
     std::string guarded = folder.Path(std::string(verb) + ".PDB");
-    std::filesystem::copy_file(PluginDatabase(folder, "qvt-writer"), guarded);
     std::filesystem::remove(folder.Path("Plugged.PDB"));
+    std::filesystem::rename(PluginDatabase(folder, "qvt-writer"), guarded);
     ASSERT_EQ(RunQvdb({"security", guarded, "--set", std::string(action) + "=No Access"}).exit_code, 0);
     std::string kept = Slurp(guarded);
     std::vector<std::string> args = {"plugin", guarded, "Check", verb};
