@@ -9,7 +9,9 @@
 
 namespace qv::app {
 
-PluginPlaces AppPluginPlaces() { return {QtPaths().DataFolder()}; }
+PluginPlaces AppPluginPlaces() {
+  return {QtPaths().DataFolder()};
+}
 
 bool RunExternalFields(const Database& db, int event, std::uint32_t number, RecordValues& values) {
   return CallExternalFields(AppPluginPlaces(), event, db, static_cast<std::uint16_t>(number),
@@ -30,7 +32,8 @@ class ExternalControl : public FieldControl {
     QPalette p = edit_->palette();
     p.setColor(QPalette::Base, p.color(QPalette::Window));
     edit_->setPalette(p);
-    const QString plugin = QString::fromStdString(Cp1252ToUtf8(PluginName(db.definition().field(slot))));
+    const QString plugin =
+        QString::fromStdString(Cp1252ToUtf8(PluginName(db.definition().field(slot))));
     edit_->setPlaceholderText(plugin.isEmpty() ? tr("no plug-in chosen")
                                                : tr("set by the plug-in %1").arg(plugin));
     button_ = new QToolButton(box_);

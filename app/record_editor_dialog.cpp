@@ -212,8 +212,9 @@ bool RecordEditorDialog::ShowStored(std::uint32_t number) {
 void RecordEditorDialog::Show(std::uint32_t number, const RecordValues& values) {
   number_ = number;
   shown_ = values;
-  // What the plug-ins set up is stored when the user leaves the record, like a typed change.
-  const bool set_up = RunExternalFields(db_, kInitExternal, number, shown_);
+  // What the plug-ins set up in a stored record is stored when the user leaves it, like a typed
+  // change; a new record is still only stored once the user has entered something.
+  const bool set_up = RunExternalFields(db_, kInitExternal, number, shown_) && number != kNewRecord;
   for (auto& [slot, control] : controls_)
     control->Load(shown_.values[static_cast<std::size_t>(slot)]);
   encrypt_->setChecked(HasFlag(values.prefix, kRecordManualEncrypt));

@@ -16,12 +16,14 @@ namespace qv::cli {
 
 namespace {
 
-constexpr const char* kPluginUsage = "plugin FILE FIELD configure | plugin FILE FIELD call EVENT RECORD";
+constexpr const char* kPluginUsage =
+    "plugin FILE FIELD configure | plugin FILE FIELD call EVENT RECORD";
 
 // init, save and select, or their codes 32001 to 32003.
 std::optional<int> EventCode(const QString& text) {
   const QStringList names = {"init", "save", "select"};
-  if (qsizetype i = names.indexOf(text.toLower()); i >= 0) return kInitExternal + static_cast<int>(i);
+  if (qsizetype i = names.indexOf(text.toLower()); i >= 0)
+    return kInitExternal + static_cast<int>(i);
   bool number = false;
   int code = text.toInt(&number);
   if (number && code >= kInitExternal && code <= kSelectExternal) return code;
@@ -33,9 +35,9 @@ std::optional<int> ExternalField(CliContext& context, const Database& db, const 
   bool number = false;
   uint n = text.toUInt(&number);
   auto used = UsedFieldsInDisplayOrder(db.definition());
-  std::optional<int> slot = number ? (n >= 1 && n <= used.size() ? std::optional<int>(used[n - 1])
-                                                                  : std::nullopt)
-                                   : db.definition().FindField(Utf8ToCp1252(text.toStdString()));
+  std::optional<int> slot =
+      number ? (n >= 1 && n <= used.size() ? std::optional<int>(used[n - 1]) : std::nullopt)
+             : db.definition().FindField(Utf8ToCp1252(text.toStdString()));
   if (!slot) {
     context.Error("no field named '" + text.toStdString() + "'");
   } else if (db.definition().field_type(*slot) != kExternal) {
@@ -67,8 +69,8 @@ int Configure(CliContext& context, Database& db, int slot) {
 int Call(CliContext& context, Database& db, int slot, int event, const QString& record) {
   bool ok = false;
   uint n = record.toUInt(&ok);
-  if (!ok || n == 0) return context.UsageError("a record number counts from 1, not '" +
-                                               record.toStdString() + "'");
+  if (!ok || n == 0)
+    return context.UsageError("a record number counts from 1, not '" + record.toStdString() + "'");
   if (n > db.count()) {
     context.Error("no record " + record.toStdString() + " (the database holds " +
                   std::to_string(db.count()) + ")");
@@ -107,8 +109,9 @@ int Plugin(CliContext& context, const QStringList& arguments) {
   } else if (verb == "call") {
     if (args.size() != 5) return context.UsageError("call needs an EVENT and a RECORD");
     event = EventCode(args.at(3));
-    if (!event) return context.UsageError("the event is init, save or select, not '" +
-                                          args.at(3).toStdString() + "'");
+    if (!event)
+      return context.UsageError("the event is init, save or select, not '" +
+                                args.at(3).toStdString() + "'");
   } else {
     return context.UsageError("choose configure or call");
   }

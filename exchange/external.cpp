@@ -15,7 +15,9 @@ namespace qv {
 
 namespace {
 
-std::string LibraryFile(std::string_view name) { return "lib" + std::string(name) + ".so"; }
+std::string LibraryFile(std::string_view name) {
+  return "lib" + std::string(name) + ".so";
+}
 
 bool IsFile(const std::string& path) {
   struct stat st {};
@@ -42,10 +44,14 @@ Entry LookUp(void* library, const char* name) {
 
 const char* EntryName(int event) {
   switch (event) {
-    case kInitExternal: return "INITEXTERNAL";
-    case kSaveExternal: return "SAVEEXTERNAL";
-    case kSelectExternal: return "SELECTEXTERNAL";
-    default: return nullptr;
+    case kInitExternal:
+      return "INITEXTERNAL";
+    case kSaveExternal:
+      return "SAVEEXTERNAL";
+    case kSelectExternal:
+      return "SELECTEXTERNAL";
+    default:
+      return nullptr;
   }
 }
 
@@ -67,8 +73,15 @@ void FillSchema(Block& block, int field, const Database& db) {
 
 bool TextLike(unsigned type) {
   switch (type) {
-    case kText: case kNote: case kDbPopup: case kConditional: case kFloat: case kCalculated:
-    case kPopUp: case kExternal: case kRelationship:
+    case kText:
+    case kNote:
+    case kDbPopup:
+    case kConditional:
+    case kFloat:
+    case kCalculated:
+    case kPopUp:
+    case kExternal:
+    case kRelationship:
       return true;
     default:
       return false;
@@ -93,7 +106,7 @@ Bytes BufferValue(unsigned type, const Bytes& buffer) {
 
 bool ValidPluginName(std::string_view name) {
   return !name.empty() && name.size() < field_settings::kPluginNameSize &&
-         name.find_first_of("/\\") == std::string_view::npos && name.find('\0') == name.npos;
+         name.find_first_of("/\\") == std::string_view::npos;
 }
 
 int CallExternal(const PluginPlaces& places, int field, int event, const Database& db,

@@ -9,9 +9,9 @@
 #include <quorvant/external.h>
 
 #include <QApplication>
-#include <algorithm>
 #include <QInputDialog>
 #include <QStringList>
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -50,8 +50,8 @@ int AskDateField(const QvExternalConfig* block, int chosen) {
   QList<int> date_slots;
   for (int slot = 0; slot < QV_EXTERNAL_FIELDS; ++slot) {
     if (block->types[slot] != QV_TYPE_DATE) continue;
-    names << QString::fromLatin1(block->names[slot],
-                                 static_cast<int>(strnlen(block->names[slot], QV_EXTERNAL_NAME_SIZE)));
+    names << QString::fromLatin1(
+        block->names[slot], static_cast<int>(strnlen(block->names[slot], QV_EXTERNAL_NAME_SIZE)));
     date_slots << slot;
   }
   bool ok = false;
@@ -75,8 +75,8 @@ int32_t Update(QvExternalRecord* block) {
   const int slot = block->byte_setting - 1;
   if (slot < 0 || slot >= QV_EXTERNAL_FIELDS || block->types[slot] != QV_TYPE_DATE) return 0;
   const uint8_t* date = block->values[slot];
-  const uint32_t day = date ? uint32_t{date[0]} | uint32_t{date[1]} << 8 |
-                                  uint32_t{date[2]} << 16 | uint32_t{date[3]} << 24
+  const uint32_t day = date ? uint32_t{date[0]} | uint32_t{date[1]} << 8 | uint32_t{date[2]} << 16 |
+                                  uint32_t{date[3]} << 24
                             : 0;
   char text[24] = "";
   if (day != 0) std::snprintf(text, sizeof text, "%ld", Today() - static_cast<long>(day));
@@ -86,13 +86,20 @@ int32_t Update(QvExternalRecord* block) {
 
 }  // namespace
 
-QV_EXTERNAL_EXPORT int32_t INITEXTERNAL(QvExternalRecord* block) { return Update(block); }
-QV_EXTERNAL_EXPORT int32_t SAVEEXTERNAL(QvExternalRecord* block) { return Update(block); }
-QV_EXTERNAL_EXPORT int32_t SELECTEXTERNAL(QvExternalRecord* block) { return Update(block); }
+QV_EXTERNAL_EXPORT int32_t INITEXTERNAL(QvExternalRecord* block) {
+  return Update(block);
+}
+QV_EXTERNAL_EXPORT int32_t SAVEEXTERNAL(QvExternalRecord* block) {
+  return Update(block);
+}
+QV_EXTERNAL_EXPORT int32_t SELECTEXTERNAL(QvExternalRecord* block) {
+  return Update(block);
+}
 
 QV_EXTERNAL_EXPORT int32_t CONFIGEXTERNAL(QvExternalConfig* block) {
   const int chosen = block->byte_setting - 1;
-  const bool valid = chosen >= 0 && chosen < QV_EXTERNAL_FIELDS && block->types[chosen] == QV_TYPE_DATE;
+  const bool valid =
+      chosen >= 0 && chosen < QV_EXTERNAL_FIELDS && block->types[chosen] == QV_TYPE_DATE;
   int slot = -1;
   if (FirstDateField(block) < 0) return 0;  // nothing to count from
   if (qobject_cast<QApplication*>(QCoreApplication::instance()))

@@ -48,6 +48,12 @@ static int32_t Update(QvExternalRecord* block) {
   return 1;
 }
 
-QV_EXTERNAL_EXPORT int32_t INITEXTERNAL(QvExternalRecord* block) { return Update(block); }
-QV_EXTERNAL_EXPORT int32_t SAVEEXTERNAL(QvExternalRecord* block) { return Update(block); }
-QV_EXTERNAL_EXPORT int32_t SELECTEXTERNAL(QvExternalRecord* block) { return Update(block); }
+QV_EXTERNAL_EXPORT int32_t INITEXTERNAL(QvExternalRecord* block) {
+  return Update(block);
+}
+QV_EXTERNAL_EXPORT int32_t SAVEEXTERNAL(QvExternalRecord* block) {
+  return Update(block);
+}
+QV_EXTERNAL_EXPORT int32_t SELECTEXTERNAL(QvExternalRecord* block) {
+  return Update(block);
+}

@@ -67,6 +67,16 @@ class ExternalFieldTest : public QObject {
     QCOMPARE(RecordValueText(h.db(), 0, 2, FormatOptions{}), std::to_string(first + 2));
   }
 
+  void aNewRecordSetUpByAPluginAloneIsNotStored() {
+    test::EditorHarness h;
+    h.Install(PluggedDatabase("qvt-counter"));
+    app::RecordEditorDialog editor(h.workspace(), h.db(), h.access, kNewRecord, false);
+    QVERIFY(editor.Start());
+    QVERIFY(!editor.control(2)->text().isEmpty());
+    editor.accept();
+    QCOMPARE(h.db().count(), 1u);
+  }
+
   void configureHandsThePluginTheFieldSettings() {
     test::EditorHarness h;
     auto db = PluggedDatabase("qvt-writer");

@@ -68,7 +68,8 @@ TEST(PluginCommand, RefusalsLeaveTheFileAlone) {
     std::string guarded = folder.Path(std::string(verb) + ".PDB");
     std::filesystem::remove(folder.Path("Plugged.PDB"));
     std::filesystem::rename(PluginDatabase(folder, "qvt-writer"), guarded);
-    ASSERT_EQ(RunQvdb({"security", guarded, "--set", std::string(action) + "=No Access"}).exit_code, 0);
+    ASSERT_EQ(RunQvdb({"security", guarded, "--set", std::string(action) + "=No Access"}).exit_code,
+              0);
     std::string kept = Slurp(guarded);
     std::vector<std::string> args = {"plugin", guarded, "Check", verb};
     if (std::string(verb) == "call") args.insert(args.end(), {"save", "1"});
@@ -83,15 +84,19 @@ TEST(PluginCommand, TheAgeExampleCountsDaysFromItsDateField) {
   TempFolder folder;
   std::string db = folder.Path("Ages.PDB");
   ASSERT_EQ(RunQvdb({"new", db, "--field", "Item:Text", "--field", "Bought:Date", "--field",
-                     "Age:External:8"}).exit_code, 0);
+                     "Age:External:8"})
+                .exit_code,
+            0);
   ASSERT_EQ(RunQvdb({"field", db, "set", "Age", "--plugin", "quorvant-age"}).exit_code, 0);
   std::time_t then = std::time(nullptr) - 10 * 86400 + 3600;
   std::tm local{};
   localtime_r(&then, &local);
   char date[16];
   std::strftime(date, sizeof date, "%Y-%m-%d", &local);
-  ASSERT_EQ(RunQvdb({"add", db, "Item=saw", std::string("Bought=") + date, "--date-format",
-                     "yyyy-MM-dd"}).exit_code, 0);
+  ASSERT_EQ(
+      RunQvdb({"add", db, "Item=saw", std::string("Bought=") + date, "--date-format", "yyyy-MM-dd"})
+          .exit_code,
+      0);
   const std::map<std::string, std::string> examples = {{"QUORVANT_HOME", EXAMPLE_PLUGIN_HOME}};
   ASSERT_EQ(RunQvdb({"plugin", db, "Age", "configure"}, "", examples).exit_code, 0);
   auto called = RunQvdb({"plugin", db, "Age", "call", "init", "1"}, "", examples);

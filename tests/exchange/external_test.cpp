@@ -27,7 +27,9 @@ std::unique_ptr<Database> PluginDatabase(const std::string& plugin, std::string 
   return db;
 }
 
-RecordValues FirstRecord(const Database& db) { return DecodeRecord(db.records[0].data); }
+RecordValues FirstRecord(const Database& db) {
+  return DecodeRecord(db.records[0].data);
+}
 
 std::string Text(const RecordValues& values, int slot) {
   return std::string(ValueText(values.values[static_cast<std::size_t>(slot)]));

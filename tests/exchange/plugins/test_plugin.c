@@ -38,10 +38,11 @@ static int CheckRecord(const uint8_t* b) {
     if (b[i] != 0) return 29;
   if (I32(b, 40) != 2) return 40;
   if (strcmp((const char*)b + 44, "Offsets") != 0) return 44;
-  if (I32(b, 76) != QV_TYPE_TEXT || I32(b, 80) != QV_TYPE_INTEGER || I32(b, 84) != QV_TYPE_EXTERNAL ||
-      I32(b, 88) != 0)
+  if (I32(b, 76) != QV_TYPE_TEXT || I32(b, 80) != QV_TYPE_INTEGER ||
+      I32(b, 84) != QV_TYPE_EXTERNAL || I32(b, 88) != 0)
     return 76;
-  if (strcmp((const char*)b + 476, "Name") != 0 || strcmp((const char*)b + 496, "Qty") != 0) return 476;
+  if (strcmp((const char*)b + 476, "Name") != 0 || strcmp((const char*)b + 496, "Qty") != 0)
+    return 476;
   if (strcmp((const char*)b + 2476, "Offsets") != 0) return 2476;
   memcpy(&position, b + 2508, 2);
   if (position != 7) return 2508;
@@ -114,6 +115,12 @@ QV_EXTERNAL_EXPORT int32_t CONFIGEXTERNAL(QvExternalConfig* block) {
 #endif
 #endif
 
-QV_EXTERNAL_EXPORT int32_t INITEXTERNAL(QvExternalRecord* block) { return Answer(block); }
-QV_EXTERNAL_EXPORT int32_t SAVEEXTERNAL(QvExternalRecord* block) { return Answer(block); }
-QV_EXTERNAL_EXPORT int32_t SELECTEXTERNAL(QvExternalRecord* block) { return Answer(block); }
+QV_EXTERNAL_EXPORT int32_t INITEXTERNAL(QvExternalRecord* block) {
+  return Answer(block);
+}
+QV_EXTERNAL_EXPORT int32_t SAVEEXTERNAL(QvExternalRecord* block) {
+  return Answer(block);
+}
+QV_EXTERNAL_EXPORT int32_t SELECTEXTERNAL(QvExternalRecord* block) {
+  return Answer(block);
+}
