@@ -45,6 +45,14 @@ TEST(CallExternal, StoresWhatAnAcceptingPluginFlaggedAsChanged) {
   EXPECT_EQ(Text(values, 0), "Alpha");  // untouched buffers keep their bytes
 }
 
+TEST(CallExternal, AFullTextBufferIsStoredWithinTheField) {
+  auto db = PluginDatabase("qvt-filler");
+  RecordValues values = FirstRecord(*db);
+  ASSERT_EQ(CallExternal(kTestPlaces, 2, kInitExternal, *db, 0, values), 1);
+  EXPECT_EQ(values.values[2].size(), 16u);  // the field length: 15 letters and the NUL
+  EXPECT_EQ(Text(values, 2), std::string(15, 'x'));
+}
+
 TEST(CallExternal, ChangesNothingWithoutBothAcceptanceAndTheChangedFlag) {
   for (const char* plugin : {"qvt-refuse", "qvt-unflagged"}) {
     auto db = PluginDatabase(plugin);

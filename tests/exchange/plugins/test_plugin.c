@@ -10,6 +10,7 @@
 #define WRITER 3    /* writes its own value and an Integer, returns 1 with the flag */
 #define OFFSETS 4   /* checks every offset and writes "ok" or the first bad offset */
 #define COUNTER 5   /* writes how often it was called: state kept while it stays loaded */
+#define FILLER 6    /* fills its whole buffer with text and no NUL */
 
 static void PutOwn(QvExternalRecord* block, const char* text) {
   uint8_t* own = block->values[block->field];
@@ -93,6 +94,12 @@ static int32_t Answer(QvExternalRecord* block) {
   char text[16];
   snprintf(text, sizeof text, "%d", ++calls);
   PutOwn(block, text);
+  block->changed = 1;
+  return 1;
+}
+#elif BEHAVIOUR == FILLER
+static int32_t Answer(QvExternalRecord* block) {
+  memset(block->values[block->field], 'x', block->sizes[block->field]);
   block->changed = 1;
   return 1;
 }
