@@ -1,6 +1,7 @@
 // Beaming between two running programs over loopback: a record, the view's records and a
 // database file sent from one window arrive in the other; the access check, a peer that never
-// answers and Cancel; and the screens of beaming and of the preferences.
+// answers and Cancel; the prompter the beaming threads ask through; and the screens of beaming
+// and of the preferences.
 
 #include <QCheckBox>
 #include <QLabel>
@@ -9,10 +10,13 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QtTest>
+#include <atomic>
 #include <fstream>
+#include <thread>
 
 #include "app/beam_dialogs.h"
 #include "app/beaming.h"
+#include "app/cross_thread_prompter.h"
 #include "app/preferences_dialog.h"
 #include "exchange/obex_socket.h"
 #include "tests/app/app_fakes.h"
@@ -193,6 +197,30 @@ class BeamingTest : public QObject {
     QVERIFY(text.find("Could not take control of the IR port") != std::string::npos);
     QVERIFY(text.find("Comm/IrDA/Port") != std::string::npos);
     QVERIFY(!BeamingOf(*h).receiveDialog());
+  }
+
+  void aClosedPrompterReleasesTheThreadWaitingOnIt() {
+    test::ScriptedPrompter inner;
+    inner.default_answer = Answer::Yes;
+    QObject context;
+    CrossThreadPrompter prompter(&context, inner);
+    std::atomic<int> answer{-1};
+    auto ask = [&] { answer = static_cast<int>(prompter.ask("Keep?", "Accept?", Buttons::YesNo,
+                                                            Icon::Question)); };
+    std::thread waiting(ask);
+    // This thread is busy (no events): the question waits for it.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    QCOMPARE(answer.load(), -1);
+    prompter.Close();
+    waiting.join();
+    QCOMPARE(answer.load(), static_cast<int>(Answer::No));
+    QCoreApplication::processEvents();
+    QVERIFY(inner.Questions().empty());  // dropped, not shown late
+    prompter.Open();
+    std::thread asked(ask);
+    QTRY_COMPARE(answer.load(), static_cast<int>(Answer::Yes));
+    asked.join();
+    QCOMPARE(inner.Questions(), std::vector<std::string>{"Keep?"});
   }
 
   void theScreensAndTheBeamingPreferences() {
