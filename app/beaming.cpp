@@ -58,13 +58,16 @@ Beaming::Beaming(AppContext context, QWidget* window, std::function<void()> refr
       listen_prompter_(this, context.workspace.prompter),
       listener_(
           listen_prompter_,
-          [this](const ReceivedObject& object, const std::string& temp) { TakeObject(object, temp); },
+          [this](const ReceivedObject& object, const std::string& temp) {
+            TakeObject(object, temp);
+          },
           [this](std::string_view text) {
             QMetaObject::invokeMethod(
                 this, [this, text = Text(text)] { ShowStatus(text); }, Qt::QueuedConnection);
           }),
       sender_(send_prompter_, [this](std::string_view) {
-        QMetaObject::invokeMethod(this, [this] { SendEnded(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this] { SendEnded(); }, Qt::QueuedConnection);
       }) {
   send_screens_.setProgress([this](std::string_view text) {
     if (progress_) progress_->showProgress(Text(text));
@@ -166,9 +169,9 @@ void Beaming::StartSend(BeamObject object, bool file) {
   auto options = SendOptions();
   if (!options) return;
   StopListening();  // the port is either listening or sending
-  progress_ = new BeamProgressDialog(QString::fromStdString(options->peer.host + ":" +
-                                                            std::to_string(options->peer.port)),
-                                     window_);
+  progress_ = new BeamProgressDialog(
+      QString::fromStdString(options->peer.host + ":" + std::to_string(options->peer.port)),
+      window_);
   connect(progress_, &BeamProgressDialog::cancelRequested, this,
           [this] { sender_.cancel().Cancel(); });
   progress_->show();
@@ -325,8 +328,7 @@ void Beaming::ShowStatus(const QString& text) {
   if (!receive_) return;
   receive_->setStatus(text);
   // The object is handed over next: the dialog closes, listening goes on.
-  if (text == "Database Record(s) Received" || text == "Database File Received")
-    Dismiss(receive_);
+  if (text == "Database Record(s) Received" || text == "Database File Received") Dismiss(receive_);
 }
 
 }  // namespace qv::app

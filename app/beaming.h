@@ -96,8 +96,8 @@ class Beaming : public QObject {
   CrossThreadPrompter listen_prompter_;
   ObexListener listener_;
   BeamSender sender_;
-  bool ready_ = false;    // SetupIRStuff succeeded
-  bool wanted_ = false;   // the user asked to receive; listening resumes after each send
+  bool ready_ = false;   // SetupIRStuff succeeded
+  bool wanted_ = false;  // the user asked to receive; listening resumes after each send
   bool sending_ = false;
   std::atomic<std::uint16_t> port_{0};
   QPointer<BeamProgressDialog> progress_;

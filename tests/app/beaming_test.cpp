@@ -3,6 +3,8 @@
 // answers and Cancel; the prompter the beaming threads ask through; and the screens of beaming
 // and of the preferences.
 
+#include "app/beaming.h"
+
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -15,7 +17,6 @@
 #include <thread>
 
 #include "app/beam_dialogs.h"
-#include "app/beaming.h"
 #include "app/cross_thread_prompter.h"
 #include "app/preferences_dialog.h"
 #include "exchange/obex_socket.h"
@@ -205,8 +206,9 @@ class BeamingTest : public QObject {
     QObject context;
     CrossThreadPrompter prompter(&context, inner);
     std::atomic<int> answer{-1};
-    auto ask = [&] { answer = static_cast<int>(prompter.ask("Keep?", "Accept?", Buttons::YesNo,
-                                                            Icon::Question)); };
+    auto ask = [&] {
+      answer = static_cast<int>(prompter.ask("Keep?", "Accept?", Buttons::YesNo, Icon::Question));
+    };
     std::thread waiting(ask);
     // This thread is busy (no events): the question waits for it.
     std::this_thread::sleep_for(std::chrono::milliseconds(100));

@@ -121,7 +121,13 @@ TEST(ReceiveAccess, RecordsAreNotInsertedIntoAnOpenDatabaseThatRefusesOpening) {
   db->path = folder.Path("Inventory.PDB");
   ASSERT_TRUE(SaveDatabase(*db, clock));
   int checks = 0;
-  ReceiveHost host{prompter, clock, folder.path(), db.get(), {}, {}, {},
+  ReceiveHost host{prompter,
+                   clock,
+                   folder.path(),
+                   db.get(),
+                   {},
+                   {},
+                   {},
                    [&](Database&) { return ++checks, false; }};
   prompter.default_answer = Answer::Yes;
   auto one = RecordObject(*db, 0);
