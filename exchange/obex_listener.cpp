@@ -29,13 +29,17 @@ std::string BindFailure(const ObexEndpoint& endpoint, int error) {
       "mode' option under the Start, Settings, Connections, Beam dialog and try again.";
   text += StringPrintf("\n(%s port %u could not be bound: %s.", endpoint.host.c_str(),
                        endpoint.port, std::strerror(error));
+  // Named for both programs: the setting, and where the application shows it.
   if (error == EACCES && endpoint.port < 1024)
     text += StringPrintf(
         " Ports below 1024 need privileges on this system; choose another with "
-        "the setting %s.",
+        "the setting %s (Port under Beaming in Preferences).",
         kPortSetting);
   else if (error == EADDRINUSE)
-    text += StringPrintf(" Another program uses it; the setting %s chooses another.", kPortSetting);
+    text += StringPrintf(
+        " Another program uses it; the setting %s (Port under Beaming in Preferences) "
+        "chooses another.",
+        kPortSetting);
   return text + ")";
 }
 

@@ -196,7 +196,7 @@ class BeamingTest : public QObject {
     QVERIFY(!h->prompter.Messages().empty());
     const std::string text = h->prompter.Messages().back();
     QVERIFY(text.find("Could not take control of the IR port") != std::string::npos);
-    QVERIFY(text.find("Comm/IrDA/Port") != std::string::npos);
+    QVERIFY(text.find("Comm/IrDA/Port (Port under Beaming in Preferences)") != std::string::npos);
     QVERIFY(!BeamingOf(*h).receiveDialog());
   }
 
