@@ -29,6 +29,8 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
   panel_->setHistory(&history_);
   connect(&history_, &EditHistory::applied, this, &MainWindow::Refresh);
   transfer_ = std::make_unique<RecordTransfer>(context_, this);
+  beaming_ = std::make_unique<Beaming>(
+      context_, this, [this] { Refresh(); }, [this] { return flows_.Save(); });
   BuildMenus();
   statusBar()->setSizeGripEnabled(true);
   connect(panel_, &RecordListPanel::databaseChanged, this, &MainWindow::UpdateTitle);
@@ -88,9 +90,9 @@ void MainWindow::BuildMenus() {
   AddCommand(actions, tr("&Export Records..."), kExportRecords, true, QKeySequence(tr("Ctrl+E")));
   AddCommand(actions, tr("Print Records..."), kPrintRecords);
   actions->addSeparator();
-  AddCommand(actions, tr("Beam Records..."), kBeamRecords, false);
-  AddCommand(actions, tr("Beam Database..."), kBeamDatabase, false);
-  AddCommand(actions, tr("Receive Via Infrared..."), kReceive, false);
+  AddCommand(actions, tr("Beam Records..."), kBeamRecords);
+  AddCommand(actions, tr("Beam Database..."), kBeamDatabase);
+  AddCommand(actions, tr("Receive Via Infrared..."), kReceive);
 
   QMenu* help = menuBar()->addMenu(tr("&Help"));
   QAction* contents = help->addAction(tr("Quorvant &Help"));
@@ -163,7 +165,7 @@ void MainWindow::UpdateTitle() {
                 command::kRunReport, command::kDbProperties, command::kNewRecord, command::kFind,
                 command::kFindAgain, command::kSort, command::kFilter, command::kExportRecords,
                 command::kImportCsv, command::kMoveRecords, command::kCopyRecords,
-                command::kPrintRecords})
+                command::kPrintRecords, command::kBeamRecords, command::kBeamDatabase})
     actions_[c]->setEnabled(open);
   statusBar()->showMessage(QString::fromStdString(ListStatusText(context_.workspace)));
 }
@@ -256,6 +258,16 @@ void MainWindow::RunCommand(int command) {
       case kCopyRecords:
         refresh = transfer_->Transfer(command == kMoveRecords);
         break;
+      case kBeamRecords:
+        beaming_->BeamRecords();
+        return;
+      case kBeamDatabase:
+        beaming_->BeamDatabase();
+        UpdateTitle();
+        return;
+      case kReceive:
+        beaming_->Receive();
+        return;
       case kAbout:
         context_.dialogs.ShowAbout();
         return;

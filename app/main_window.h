@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "app/app_context.h"
+#include "app/beaming.h"
 #include "app/edit_history.h"
 #include "app/file_flows.h"
 #include "app/launch_queue.h"
@@ -36,6 +37,7 @@ class MainWindow : public QMainWindow {
   FileFlows& flows() { return flows_; }
   EditHistory& history() { return history_; }
   RecordTransfer& transfer() { return *transfer_; }
+  Beaming& beaming() { return *beaming_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -56,6 +58,7 @@ class MainWindow : public QMainWindow {
   EditHistory history_;
   RecordListPanel* panel_;
   std::unique_ptr<RecordTransfer> transfer_;
+  std::unique_ptr<Beaming> beaming_;
   QMenu* reopen_ = nullptr;
   std::map<int, QAction*> actions_;
   bool exiting_ = false;

@@ -5,6 +5,9 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QFormLayout>
+#include <QGroupBox>
+#include <QSpinBox>
 #include <QVBoxLayout>
 
 namespace qv::app {
@@ -40,10 +43,52 @@ PreferencesDialog::PreferencesDialog(const Preferences& p, QWidget* parent) : QD
   layout->addWidget(printLabel);
   layout->addWidget(print_command_);
   layout->addSpacing(8);
+  AddBeaming(layout);
+  layout->addSpacing(8);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
   layout->addWidget(buttons);
   connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+}
+
+void PreferencesDialog::AddBeaming(QVBoxLayout* layout) {
+  auto* group = new QGroupBox(tr("Beaming"), this);
+  auto* form = new QFormLayout(group);
+  beam_peer_ = new QLineEdit(group);
+  beam_peer_->setObjectName("beamPeer");
+  beam_peer_->setPlaceholderText("127.0.0.1");
+  beam_peer_->setToolTip(tr("The computer Beam Records and Beam Database send to: a name or an "
+                            "address, with :port when it listens on another port."));
+  beam_port_ = new QSpinBox(group);
+  beam_port_->setObjectName("beamPort");
+  beam_port_->setRange(1, 65535);
+  beam_port_->setToolTip(tr("The port this program listens on and beams to. 650 is the OBEX "
+                            "port; ports below 1024 need privileges on Linux."));
+  allow_network_ = new QCheckBox(tr("Let other &computers beam to this one"), group);
+  allow_network_->setObjectName("allowNetwork");
+  form->addRow(tr("Beam &to:"), beam_peer_);
+  form->addRow(tr("&Port:"), beam_port_);
+  form->addRow(allow_network_);
+  layout->addWidget(group);
+  setBeaming(BeamPreferences());
+}
+
+void PreferencesDialog::setBeaming(const BeamPreferences& beaming) {
+  beaming_ = beaming;
+  beam_peer_->setText(QString::fromStdString(beaming.peer));
+  beam_port_->setValue(beaming.port);
+  allow_network_->setChecked(beaming.allow_network());
+}
+
+BeamPreferences PreferencesDialog::beaming() const {
+  BeamPreferences p = beaming_;
+  QString peer = beam_peer_->text().trimmed();
+  p.peer = peer.isEmpty() ? "127.0.0.1" : peer.toStdString();
+  p.port = beam_port_->value();
+  // A box left as it was keeps the address it stood for.
+  if (allow_network_->isChecked() != beaming_.allow_network())
+    p.bind = allow_network_->isChecked() ? "0.0.0.0" : "127.0.0.1";
+  return p;
 }
 
 Preferences PreferencesDialog::values(Preferences base) const {

@@ -1,5 +1,7 @@
 #include "app/preferences_store.h"
 
+#include "exchange/obex_socket.h"
+
 namespace qv::app {
 
 namespace {
@@ -26,6 +28,21 @@ void WritePreferences(Settings& settings, const Preferences& p) {
   WriteIntSetting(settings, "AllowPopups", p.allow_popups);
   WriteIntSetting(settings, "AllowDateTime", p.allow_date_time);
   if (!p.print_command.empty()) settings.write("PrintCommand", p.print_command);
+}
+
+BeamPreferences ReadBeamPreferences(const Settings& settings) {
+  BeamPreferences p;
+  p.peer = settings.read(kPeerSetting).value_or(p.peer);
+  int port = ReadIntSetting(settings, kPortSetting, p.port);
+  if (port > 0 && port <= 65535) p.port = port;
+  p.bind = settings.read(kBindSetting).value_or(p.bind);
+  return p;
+}
+
+void WriteBeamPreferences(Settings& settings, const BeamPreferences& p) {
+  settings.write(kPeerSetting, p.peer);
+  WriteIntSetting(settings, kPortSetting, p.port);
+  settings.write(kBindSetting, p.bind);
 }
 
 }  // namespace qv::app

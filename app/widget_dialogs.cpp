@@ -10,6 +10,7 @@
 #include "app/properties_dialog.h"
 #include "app/record_editor_dialog.h"
 #include "app/preferences_dialog.h"
+#include "app/preferences_store.h"
 #include "app/report_dialog.h"
 #include "app/start_chooser_dialog.h"
 #include "app/time_chooser.h"
@@ -104,8 +105,10 @@ bool WidgetDialogs::EditProperties(Database& db, int field) {
 
 bool WidgetDialogs::EditPreferences(Preferences& preferences) {
   PreferencesDialog dialog(preferences, parent_);
+  if (workspace_) dialog.setBeaming(ReadBeamPreferences(workspace_->settings));
   if (dialog.exec() != QDialog::Accepted) return false;
   preferences = dialog.values(preferences);
+  if (workspace_) WriteBeamPreferences(workspace_->settings, dialog.beaming());
   return true;
 }
 

@@ -148,6 +148,7 @@ int Receive(CliContext& context, const QStringList& arguments) {
                    nullptr,
                    [&](const std::string& path) { return context.Open(path); },
                    [&](Database& db) { return context.Save(db); },
+                   {},
                    {}};
   std::atomic<bool> stop{false};
   int stored = 0;

@@ -82,6 +82,7 @@ int StoreNew(ReceiveHost& host, const Bytes& image, const std::string& target, b
 int Merge(ReceiveHost& host, Database& received, const std::string& target) {
   std::unique_ptr<Database> opened;
   Database* existing = SameFile(host.open, target) ? host.open : nullptr;
+  if (existing && host.allow_open && !host.allow_open(*existing)) return 0;
   if (!existing) {
     opened = host.open_database(target);
     if (!opened) return 0;
@@ -152,6 +153,10 @@ int InsertReceivedRecords(ReceiveHost& host, const ReceivedObject& object,
     return 0;
   }
   if (SameFile(host.open, *target)) {
+    if (host.allow_open && !host.allow_open(*host.open)) {
+      host.prompter.message("Unable to open Database to insert record!", "ERROR", Icon::Error);
+      return 0;
+    }
     int ok = InsertInto(host, *host.open, *records);
     if (ok && host.refresh) host.refresh();
     return ok;

@@ -33,6 +33,9 @@ struct ReceiveHost {
   std::function<bool(Database&)> save;
   // The open database's list must be refreshed.
   std::function<void()> refresh;
+  // The Open Database check on the database records go into when it is the open one (databases
+  // opened here pass it in open_database); false when refused (shown).
+  std::function<bool(Database&)> allow_open;
 };
 
 // Inserts the one or several records in the receive file. 1 when inserted.

@@ -11,6 +11,7 @@ namespace qv {
 namespace {
 
 constexpr auto kPollInterval = std::chrono::milliseconds(100);
+constexpr int kAttemptPatience = 500;
 
 void ShowError(Prompter& prompter, const std::string& text) {
   prompter.message(text, "Error", Icon::Error);
@@ -42,7 +43,8 @@ Socket InitIrSock(const ObexSendOptions& options, CancelEvent& cancel, Prompter&
   const auto start = std::chrono::steady_clock::now();
   for (;;) {
     int error = 0;
-    Socket socket = ConnectTo(options.peer, error);
+    // Short attempts, so Cancel is seen soon even when the peer's host never answers.
+    Socket socket = ConnectTo(options.peer, error, kAttemptPatience);
     if (socket.valid()) return socket;
     // Nobody listening yet is the IrDA case of no device in range: look again.
     bool absent = error == ECONNREFUSED || error == ECONNABORTED || error == ETIMEDOUT ||
@@ -105,7 +107,9 @@ int PutObexInfo(const std::vector<ObexItem>& items, const ObexSendOptions& optio
   const int t = options.timeout_ms;
   bool broken = false;
   Bytes welcome;
+  // Cancel in the sending dialog stops the object between packets; the peer drops the part.
   auto exchange = [&](const Bytes& packet, std::uint8_t expected) {
+    if (cancel.cancelled()) broken = true;
     if (!broken) SendObexPacket(packet, fd, expected, t, prompter, &broken, &welcome);
   };
   exchange(ConnectPacket(), kObexSuccess);

@@ -46,7 +46,7 @@ int SendObexPacket(std::span<const std::uint8_t> packet, int fd, std::uint8_t ex
                    int timeout_ms, Prompter& prompter, bool* broken = nullptr,
                    Bytes* answer = nullptr);
 // Sends one object made of `items`; 1 after a complete exchange, 0 when no connection or buffer
-// could be had.
+// could be had or the user cancelled (between packets).
 int PutObexInfo(const std::vector<ObexItem>& items, const ObexSendOptions& options,
                 CancelEvent& cancel, Prompter& prompter);
 

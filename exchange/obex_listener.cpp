@@ -29,13 +29,17 @@ std::string BindFailure(const ObexEndpoint& endpoint, int error) {
       "mode' option under the Start, Settings, Connections, Beam dialog and try again.";
   text += StringPrintf("\n(%s port %u could not be bound: %s.", endpoint.host.c_str(),
                        endpoint.port, std::strerror(error));
+  // Named for both programs: the setting, and where the application shows it.
   if (error == EACCES && endpoint.port < 1024)
     text += StringPrintf(
         " Ports below 1024 need privileges on this system; choose another with "
-        "the setting %s.",
+        "the setting %s (Port under Beaming in Preferences).",
         kPortSetting);
   else if (error == EADDRINUSE)
-    text += StringPrintf(" Another program uses it; the setting %s chooses another.", kPortSetting);
+    text += StringPrintf(
+        " Another program uses it; the setting %s (Port under Beaming in Preferences) "
+        "chooses another.",
+        kPortSetting);
   return text + ")";
 }
 
@@ -51,8 +55,26 @@ ListenOptions ListenOptionsFromSettings(const Settings& settings, const std::str
 }
 
 int SetupIRStuff(Settings& settings, Prompter& prompter) {
-  (void)prompter;  // the settings store cannot refuse; there is nothing to show
-  if (!settings.read("Comm/IrDA/Hints")) WriteIntSetting(settings, "Comm/IrDA/Hints", 33312);
+  // The address and port must make an endpoint before anything can listen or send.
+  auto bind = settings.read(kBindSetting);
+  if (bind && (bind->empty() || !ParseEndpoint(*bind, kObexPort))) {
+    prompter.message("ERROR: Unable to intialize Infrared Communications", "Error", Icon::Error);
+    return 0;
+  }
+  auto port = settings.read(kPortSetting);
+  int port_value = ReadIntSetting(settings, kPortSetting, -1);
+  if (port && (port_value <= 0 || port_value > 65535)) {
+    prompter.message("ERROR: Unable to intialize Infrared Port", "Error", Icon::Error);
+    return 0;
+  }
+  if (settings.read(kHintsSetting)) return 1;
+  WriteIntSetting(settings, kHintsSetting, kHintsValue);
+  // The store takes no refusal, so a failed write shows as a value that does not read back.
+  if (ReadIntSetting(settings, kHintsSetting, -1) != kHintsValue) {
+    prompter.message(StringPrintf("%s: %s - %d", "SetupIRStuff", "Reg value create failed", EIO),
+                     "Error", Icon::Error);
+    return 0;
+  }
   return 1;
 }
 
@@ -142,7 +164,8 @@ void ObexListener::Run(ListenOptions options) {
     std::unique_lock lock(mutex_);
     return wake_.wait_for(lock, std::chrono::milliseconds(ms), [this] { return stop_.load(); });
   };
-  ListenLoop(options, stop_, idle_wait, prompter_, on_object_, on_status_);
+  bool ok = ListenLoop(options, stop_, idle_wait, prompter_, on_object_, on_status_);
+  if (options.on_end) options.on_end(ok);
   {
     std::lock_guard lock(mutex_);
     running_ = false;

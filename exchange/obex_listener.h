@@ -22,13 +22,18 @@ struct ListenOptions {
   ObexReceiveOptions receive;
   int idle_sleep_ms = 1000;  // the look-again interval when no connection waits
   std::function<void(std::uint16_t port)> on_bound;  // told the port once listening
+  // Told on the listen thread as it ends: false when an error ended it (shown).
+  std::function<void(bool ok)> on_end;
 };
 
 // The listener's settings: address, port and the receive file under `temp_folder`.
 ListenOptions ListenOptionsFromSettings(const Settings& settings, const std::string& temp_folder);
 
-// Prepares the port settings once at start: writes Comm/IrDA/Hints = 33312 when it is missing.
-// 1 on success.
+inline constexpr const char* kHintsSetting = "Comm/IrDA/Hints";
+inline constexpr int kHintsValue = 33312;
+
+// Prepares the port settings once at start: writes Comm/IrDA/Hints = 33312 when it is missing
+// and checks that the address and port settings can be used. 1 on success, 0 after showing why.
 int SetupIRStuff(Settings& settings, Prompter& prompter);
 
 // Called on the listen thread with each stored object; the receive file is the handler's to

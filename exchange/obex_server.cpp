@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <thread>
@@ -107,7 +108,17 @@ int ProcessIncoming(int connection, const ObexReceiveOptions& options, ReceivedO
   object = {};
   // Every packet a 2-byte length can describe fits, so no peer's length can overrun it.
   std::vector<std::uint8_t> buffer(kObexLargestPacket);
+  const auto deadline = std::chrono::steady_clock::now() +
+                        std::chrono::milliseconds(options.transfer_limit_ms);
+  // Checked between packets: a packet itself is bounded by the silent-peer time-out and the
+  // 10 further receives.
   const int t = options.timeout_ms;
+  auto left = [&] { return std::chrono::steady_clock::now() < deadline; };
+  auto too_long = [&] {
+    ShowError(prompter, StringPrintf("%s: The transfer took longer than %d seconds and was ended",
+                                     "ProcessIncoming", options.transfer_limit_ms / 1000));
+    return 0;
+  };
   std::size_t length = RecvIrPacket(buffer, connection, t, prompter);
   if (length == 0) return 0;
   if (buffer[0] != kObexConnect || length < 7) {
@@ -130,6 +141,7 @@ int ProcessIncoming(int connection, const ObexReceiveOptions& options, ReceivedO
   // A peer sending packets without body bytes forever is cut off too.
   std::uint64_t received = 0;
   while (!object.final) {
+    if (!left()) return too_long();
     length = RecvIrPacket(buffer, connection, t, prompter);
     if (length == 0) return 0;
     received += length;
@@ -144,7 +156,7 @@ int ProcessIncoming(int connection, const ObexReceiveOptions& options, ReceivedO
   }
   // The DISCONNECT. A peer that closes instead has still delivered the whole object.
   SilentPrompter quiet;
-  if (RecvIrPacket(buffer, connection, t, quiet) > 0) {
+  if (left() && RecvIrPacket(buffer, connection, t, quiet) > 0) {
     const std::uint8_t bye[3] = {kObexSuccess, 0x00, 0x03};
     SendAnswer(connection, bye, t, prompter);
     std::this_thread::sleep_for(std::chrono::milliseconds(options.linger_ms));

@@ -17,6 +17,9 @@ struct ObexReceiveOptions {
   std::string temp_path;  // IrData.dat, created anew for every object
   int timeout_ms = 5000;  // a peer silent this long is dropped
   int linger_ms = 500;    // the wait after answering the DISCONNECT
+  // A whole transfer ends within this, however the peer paces its bytes, so a peer trickling a
+  // byte at a time cannot hold the one connection the listener serves.
+  int transfer_limit_ms = 10 * 60 * 1000;
 };
 
 // Receives one whole packet into `buffer`: its length is in bytes 1..2. Returns the length, or

@@ -48,6 +48,24 @@ addrinfo* Resolve(const ObexEndpoint& endpoint, bool passive, int& error) {
   return found;
 }
 
+// Connects without blocking past `timeout_ms`, then leaves the socket blocking as it was.
+bool ConnectWithin(int fd, const addrinfo* a, int timeout_ms, int& error) {
+  int flags = fcntl(fd, F_GETFL);
+  fcntl(fd, F_SETFL, flags | O_NONBLOCK);
+  if (connect(fd, a->ai_addr, a->ai_addrlen) != 0) {
+    if (errno != EINPROGRESS) {
+      error = errno;
+      return false;
+    }
+    if (!WaitFor(fd, POLLOUT, timeout_ms, error)) return false;
+    socklen_t length = sizeof error;
+    if (getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &length) != 0) error = errno;
+    if (error != 0) return false;
+  }
+  fcntl(fd, F_SETFL, flags);
+  return true;
+}
+
 }  // namespace
 
 std::optional<ObexEndpoint> ParseEndpoint(const std::string& text, std::uint16_t default_port) {
@@ -116,7 +134,7 @@ Socket ListenOn(const ObexEndpoint& endpoint, int& error) {
   return socket;
 }
 
-Socket ConnectTo(const ObexEndpoint& endpoint, int& error) {
+Socket ConnectTo(const ObexEndpoint& endpoint, int& error, int timeout_ms) {
   addrinfo* found = Resolve(endpoint, false, error);
   if (!found) return {};
   Socket socket;
@@ -127,10 +145,7 @@ Socket ConnectTo(const ObexEndpoint& endpoint, int& error) {
       error = errno;
       continue;
     }
-    if (connect(s.fd(), a->ai_addr, a->ai_addrlen) != 0) {
-      error = errno;
-      continue;
-    }
+    if (!ConnectWithin(s.fd(), a, timeout_ms, error)) continue;
     int on = 1;
     setsockopt(s.fd(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
     socket = std::move(s);

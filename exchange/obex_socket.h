@@ -41,8 +41,9 @@ class Socket {
 
 // Resolves and binds a listening socket (non-blocking, backlog 5). errno tells why on failure.
 Socket ListenOn(const ObexEndpoint& endpoint, int& error);
-// One connection attempt; errno-style code in `error` on failure.
-Socket ConnectTo(const ObexEndpoint& endpoint, int& error);
+// One connection attempt of at most `timeout_ms` (a host that never answers gives ETIMEDOUT
+// then, not after the system's minutes); errno-style code in `error` on failure.
+Socket ConnectTo(const ObexEndpoint& endpoint, int& error, int timeout_ms = 5000);
 // The port a listening socket was given (for port 0).
 std::uint16_t BoundPort(const Socket& socket);
 

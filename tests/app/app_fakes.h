@@ -157,6 +157,7 @@ class ScriptedAccess : public app::AccessGate {
   bool UnlockLoaded(Workspace&, Database&) override { return true; }
   int CheckAccess(Workspace&, Database&, app::Guarded action, bool) override {
     ++checks;
+    if (action == app::Guarded::BeamData) return beam_access;
     return action == app::Guarded::EditRecords ? edit_access : app::kAccessFull;
   }
   // The program's own deciphering and enciphering, with passwords from a script.
@@ -168,6 +169,7 @@ class ScriptedAccess : public app::AccessGate {
   }
   bool allow_open = true;
   int edit_access = app::kAccessFull;
+  int beam_access = app::kAccessFull;
   int checks = 0;
   ScriptedPasswords passwords;
 };

@@ -32,6 +32,7 @@ class Receiving : public ::testing::Test {
                      return LoadDatabase(*db, path, prompter) ? std::move(db) : nullptr;
                    },
                    [this](Database& db) { return SaveDatabase(db, clock); },
+                   {},
                    {}};
 
   std::unique_ptr<Database> Inventory(std::vector<std::vector<std::string>> rows) {
