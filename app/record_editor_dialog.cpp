@@ -10,10 +10,12 @@
 #include <QVBoxLayout>
 
 #include "app/field_controls.h"
+#include "app/record_alarm_row.h"
 #include "app/popup_list_editor.h"
 #include "app/stored_text_guard.h"
 #include "engine/record.h"
 #include "engine/text.h"
+#include "exchange/alarm_settings.h"
 #include "processing/filter.h"
 #include "processing/formula.h"
 #include "processing/store.h"
@@ -72,6 +74,11 @@ RecordEditorDialog::RecordEditorDialog(Workspace& workspace, Database& db, Acces
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(row);
   layout->addWidget(findChild<QScrollArea*>(), 1);
+  if (ReadAlarmSettings(db_.definition()).allowed) {
+    alarm_ = new RecordAlarmRow(workspace_, db_, view_only_, this);
+    connect(alarm_, &RecordAlarmRow::edited, this, [this] { dirty_ = true; });
+    layout->addWidget(alarm_);
+  }
   layout->addWidget(buttons);
   connect(previous_, &QPushButton::clicked, this, &RecordEditorDialog::ShowPrevious);
   connect(next_, &QPushButton::clicked, this, &RecordEditorDialog::ShowNext);
@@ -213,6 +220,7 @@ void RecordEditorDialog::Show(std::uint32_t number, const RecordValues& values) 
   for (auto& [slot, control] : controls_)
     control->Load(values.values[static_cast<std::size_t>(slot)]);
   encrypt_->setChecked(HasFlag(values.prefix, kRecordManualEncrypt));
+  if (alarm_) alarm_->Load(values.prefix);
   dirty_ = false;
   if (number != kNewRecord) db_.current = number;
   QString name = Wide(db_.name);
@@ -298,6 +306,7 @@ bool RecordEditorDialog::StoreShown() {
   }
   number_ = *stored;
   db_.current = number_;
+  if (alarm_) alarm_->Store(number_);
   changed_ = true;
   dirty_ = false;
   deciphered_ = true;  // the stored record is plain until the close step enciphers it

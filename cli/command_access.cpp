@@ -23,6 +23,9 @@ constexpr std::array kRules = {
     // Edit Records: the record editor; recalculation rewrites stored values as it does.
     CommandRule{"set", "*", kEditRecords},
     CommandRule{"recalc", "*", kEditRecords},
+    // A record's alarm is set in the record editor.
+    CommandRule{"alarm", "set", kEditRecords},
+    CommandRule{"alarm", "clear", kEditRecords},
     // Delete Records: deleting. (copy and move check Add Records on the target and Delete
     // Records on the source themselves, since they open two databases.)
     CommandRule{"delete", "*", kDeleteRecords},
