@@ -41,8 +41,10 @@ AlarmDialog::AlarmDialog(const AlarmReminder& reminder, QWidget* parent) : QDial
     const QString name = reminder.field_names[i].empty() ? QString()
                                                          : Wide(reminder.field_names[i]) + ":";
     form->addRow(name, boxes_[i]);
-    boxes_[i]->setVisible(!reminder.field_names[i].empty());
-    if (QWidget* label = form->labelForField(boxes_[i])) label->setVisible(boxes_[i]->isVisible());
+    // A field the settings leave unchosen takes no row.
+    const bool chosen = !reminder.field_names[i].empty();
+    boxes_[i]->setVisible(chosen);
+    if (QWidget* label = form->labelForField(boxes_[i])) label->setVisible(chosen);
   }
   ok_ = new QPushButton(tr("OK"), this);
   goto_ = new QPushButton("&Goto Record", this);

@@ -39,13 +39,19 @@ int ChosenSlot(const QComboBox* box) {
 
 AlarmSettingsPage::AlarmSettingsPage(const Database& copy, QWidget* parent)
     : QWidget(parent), copy_(copy) {
-  const AlarmSettings s = ReadAlarmSettings(copy.definition());
+  AlarmSettings s = ReadAlarmSettings(copy.definition());
+  // A database that never had alarms suggests its first two fields for the reminder.
+  if (!s.allowed && s.reminder_fields[0] < 0 && s.reminder_fields[1] < 0) {
+    int k = 0;
+    for (int slot : UsedFieldsInDisplayOrder(copy.definition()))
+      if (k < 2 && copy.definition().field_type(slot) != kHeading) s.reminder_fields[k++] = slot;
+  }
   allow_ = new QCheckBox(tr("&Allow Alarms to be set in this Database"), this);
   allow_->setChecked(s.allowed);
   body_ = new QWidget(this);
 
   auto* kind = new QGroupBox("Alarms Are", body_);
-  manual_ = new QRadioButton(tr("&Manual"), kind);
+  manual_ = new QRadioButton(tr("Ma&nual"), kind);
   automatic_ = new QRadioButton(tr("Au&tomatic"), kind);
   auto* kinds = new QButtonGroup(this);
   kinds->addButton(manual_);
@@ -79,7 +85,7 @@ AlarmSettingsPage::AlarmSettingsPage(const Database& copy, QWidget* parent)
   shown_form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
   for (int i = 0; i < 2; ++i) {
     reminder_[i] = new QComboBox(shown);
-    auto* label = new QLabel(i == 0 ? tr("&First field:") : tr("&Second field:"), shown);
+    auto* label = new QLabel(i == 0 ? tr("Fi&rst field:") : tr("Se&cond field:"), shown);
     label->setBuddy(reminder_[i]);
     shown_form->addRow(label, reminder_[i]);
   }
@@ -91,7 +97,7 @@ AlarmSettingsPage::AlarmSettingsPage(const Database& copy, QWidget* parent)
   unit_->addItems({tr("Minutes"), tr("Hours"), tr("Days")});
   unit_->setCurrentIndex(static_cast<int>(s.snooze_unit));
   auto* snooze_row = new QHBoxLayout;
-  auto* snooze_label = new QLabel("Snooze Time: ", body_);
+  auto* snooze_label = new QLabel("Sn&ooze Time: ", body_);
   snooze_label->setBuddy(snooze_);
   snooze_row->addWidget(snooze_label);
   snooze_row->addWidget(snooze_);

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "engine/atomic_file.h"
 #include "exchange/alarm_settings.h"
 #include "security/record_header.h"
 
@@ -47,7 +48,12 @@ int AlarmFired(Workspace& workspace, const AlarmEntry& entry, AlarmScreens& scre
   Prompter& prompter = workspace.prompter;
   screens.PlaySound();
   std::unique_ptr<Database> own;
-  Database* db = open && open->loaded && open->path == entry.db_path ? open : nullptr;
+  // The program's own database is worked on in place, unless the file was changed since the
+  // program read it (qvdb set this alarm, say): then the alarm works on the file itself.
+  Database* db = open && open->loaded && open->path == entry.db_path &&
+                         open->disk.SameFile(StampOf(entry.db_path))
+                     ? open
+                     : nullptr;
   if (!db) {
     own = std::make_unique<Database>();
     SilentPrompter quiet;
