@@ -14,7 +14,9 @@
 namespace qv::app {
 
 namespace {
-QString Wide(const std::string& cp1252) { return QString::fromStdString(Cp1252ToUtf8(cp1252)); }
+QString Wide(const std::string& cp1252) {
+  return QString::fromStdString(Cp1252ToUtf8(cp1252));
+}
 }  // namespace
 
 AlarmDialog::AlarmDialog(const AlarmReminder& reminder, QWidget* parent) : QDialog(parent) {
@@ -38,8 +40,8 @@ AlarmDialog::AlarmDialog(const AlarmReminder& reminder, QWidget* parent) : QDial
     boxes_[i]->setReadOnly(true);
     boxes_[i]->setMinimumWidth(280);
     boxes_[i]->setCursorPosition(0);
-    const QString name = reminder.field_names[i].empty() ? QString()
-                                                         : Wide(reminder.field_names[i]) + ":";
+    const QString name =
+        reminder.field_names[i].empty() ? QString() : Wide(reminder.field_names[i]) + ":";
     form->addRow(name, boxes_[i]);
     // A field the settings leave unchosen takes no row.
     const bool chosen = !reminder.field_names[i].empty();

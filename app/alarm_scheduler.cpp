@@ -11,8 +11,7 @@ namespace {
 constexpr std::int64_t kLongestWaitMs = 60'000;
 }  // namespace
 
-AlarmScheduler::AlarmScheduler(Settings& settings, const Clock& clock,
-                               std::function<void()> reload,
+AlarmScheduler::AlarmScheduler(Settings& settings, const Clock& clock, std::function<void()> reload,
                                std::function<void(const QString&)> raise, QObject* parent)
     : QObject(parent),
       settings_(settings),
@@ -32,8 +31,9 @@ void AlarmScheduler::Check() {
   const std::int64_t now = clock_.LocalNow();
   for (const AlarmEntry& entry : DueAlarmEntries(settings_, now)) {
     if (!raised_.insert({entry.number, entry.time}).second) continue;
-    raise_(QString("%1 %2").arg(QString::fromLatin1(kNotificationWord.data(),
-                                                    static_cast<int>(kNotificationWord.size())))
+    raise_(QString("%1 %2")
+               .arg(QString::fromLatin1(kNotificationWord.data(),
+                                        static_cast<int>(kNotificationWord.size())))
                .arg(entry.number));
   }
   std::int64_t wait = kLongestWaitMs;

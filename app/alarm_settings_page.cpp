@@ -116,7 +116,8 @@ AlarmSettingsPage::AlarmSettingsPage(const Database& copy, QWidget* parent)
 
   FillChoices(date_, copy_, kDate, false, s.date_field);
   FillChoices(time_, copy_, kTime, true, s.time_field);
-  for (int i = 0; i < 2; ++i) FillChoices(reminder_[i], copy_, kNotUsed, true, s.reminder_fields[i]);
+  for (int i = 0; i < 2; ++i)
+    FillChoices(reminder_[i], copy_, kNotUsed, true, s.reminder_fields[i]);
   connect(allow_, &QCheckBox::toggled, this, &AlarmSettingsPage::UpdateEnabled);
   connect(automatic_, &QRadioButton::toggled, this, &AlarmSettingsPage::UpdateEnabled);
   setTabOrder(allow_, manual_);

@@ -20,8 +20,8 @@ AlarmSound::AlarmSound(QObject* parent) : QObject(parent), file_(FindSoundFile()
 QString AlarmSound::FindSoundFile() {
   const QString dir = QCoreApplication::applicationDirPath();
   QStringList candidates = {dir + "/../share/quorvant/alarm1.wav", dir + "/alarm1.wav"};
-  const QString data = QStandardPaths::locate(QStandardPaths::GenericDataLocation,
-                                              "quorvant/alarm1.wav");
+  const QString data =
+      QStandardPaths::locate(QStandardPaths::GenericDataLocation, "quorvant/alarm1.wav");
   if (!data.isEmpty()) candidates.prepend(data);
   for (const QString& c : candidates)
     if (QFileInfo(c).isFile()) return QFileInfo(c).canonicalFilePath();

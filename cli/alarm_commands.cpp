@@ -37,7 +37,8 @@ std::optional<std::uint32_t> RecordArgument(CliContext& context, const Database&
 
 std::optional<std::int64_t> When(CliContext& context, const QString& text, int& code) {
   auto time = ParseAlarmTime(text.toStdString());
-  if (!time) code = context.UsageError("WHEN is \"YYYY-MM-DD HH:MM\", not '" + text.toStdString() + "'");
+  if (!time)
+    code = context.UsageError("WHEN is \"YYYY-MM-DD HH:MM\", not '" + text.toStdString() + "'");
   return time;
 }
 

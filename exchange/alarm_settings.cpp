@@ -17,7 +17,7 @@ constexpr std::size_t kAllowed = 0;
 constexpr std::size_t kAutomatic = 1;
 constexpr std::size_t kDateField = 2;  // slot + 1, 0 = none
 constexpr std::size_t kTimeField = 3;
-constexpr std::size_t kReminder = 4;  // two bytes, slot + 1
+constexpr std::size_t kReminder = 4;      // two bytes, slot + 1
 constexpr std::size_t kSnoozeAmount = 6;  // 16-bit big-endian, 0 = the default 5
 constexpr std::size_t kSnoozeUnit = 8;
 constexpr int kDefaultSnooze = 5;
@@ -54,7 +54,8 @@ AlarmSettings ReadAlarmSettings(const DatabaseDefinition& definition) {
   s.reminder_fields[1] = SlotAt(definition, kReminder + 1, kNotUsed);
   int amount = GetBE16(p + kSnoozeAmount);
   s.snooze_amount = amount == 0 ? kDefaultSnooze : std::min(amount, kLargestSnooze);
-  s.snooze_unit = p[kSnoozeUnit] <= 2 ? static_cast<SnoozeUnit>(p[kSnoozeUnit]) : SnoozeUnit::Minutes;
+  s.snooze_unit =
+      p[kSnoozeUnit] <= 2 ? static_cast<SnoozeUnit>(p[kSnoozeUnit]) : SnoozeUnit::Minutes;
   return s;
 }
 
@@ -66,7 +67,8 @@ void WriteAlarmSettings(DatabaseDefinition& definition, const AlarmSettings& s) 
   p[kTimeField] = SlotByte(s.time_field);
   p[kReminder] = SlotByte(s.reminder_fields[0]);
   p[kReminder + 1] = SlotByte(s.reminder_fields[1]);
-  PutBE16(p + kSnoozeAmount, static_cast<std::uint16_t>(std::clamp(s.snooze_amount, 1, kLargestSnooze)));
+  PutBE16(p + kSnoozeAmount,
+          static_cast<std::uint16_t>(std::clamp(s.snooze_amount, 1, kLargestSnooze)));
   p[kSnoozeUnit] = static_cast<std::uint8_t>(s.snooze_unit);
 }
 

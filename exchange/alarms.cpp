@@ -153,8 +153,7 @@ std::vector<AlarmEntry> ListAlarmEntries(const Settings& settings) {
   return entries;
 }
 
-std::optional<AlarmEntry> FindAlarmEntry(const Settings& settings,
-                                         const RecordIdentity& identity) {
+std::optional<AlarmEntry> FindAlarmEntry(const Settings& settings, const RecordIdentity& identity) {
   for (AlarmEntry& entry : ListAlarmEntries(settings))
     if (entry.guid == identity) return std::move(entry);
   return std::nullopt;

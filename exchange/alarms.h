@@ -62,7 +62,8 @@ std::optional<AlarmEntry> SetRecordAlarm(Settings& settings, Database& db, std::
 bool ClearRecordAlarm(Settings& settings, const AlarmEntry& entry, Database* db,
                       std::optional<std::uint32_t> record);
 // The index of the record with this identity: `hint` first, then every record in order.
-std::optional<std::uint32_t> FindRecordByIdentity(const Database& db, const RecordIdentity& identity,
+std::optional<std::uint32_t> FindRecordByIdentity(const Database& db,
+                                                  const RecordIdentity& identity,
                                                   std::uint32_t hint);
 
 // For a database with automatic alarms: sets the record's alarm from its date and time fields

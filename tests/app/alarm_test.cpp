@@ -169,8 +169,9 @@ class AlarmTest : public QObject {
     h.Answer([](AlarmDialog& d) { return d.okButton(); });
     h.Fire(1);
     QTRY_VERIFY(!h.prompter.Messages().empty());
-    QCOMPARE(h.prompter.Messages().back(),
-             std::string("An Alarm has gone off but the record no longer exists in this databsae."));
+    QCOMPARE(
+        h.prompter.Messages().back(),
+        std::string("An Alarm has gone off but the record no longer exists in this databsae."));
     QCOMPARE(h.reminders, 0);
   }
 

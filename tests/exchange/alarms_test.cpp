@@ -137,8 +137,9 @@ TEST_F(AlarmsTest, DeletedRecordGivesTheMessageAndNoDialog) {
   EXPECT_EQ(HandleAlarmNotification(workspace, 1, screens, nullptr), kAlarmHandled);
   EXPECT_EQ(screens.sounds, 1);
   EXPECT_TRUE(screens.shown.empty());
-  EXPECT_EQ(prompter.Messages(), std::vector<std::string>{
-      "An Alarm has gone off but the record no longer exists in this databsae."});
+  EXPECT_EQ(prompter.Messages(),
+            std::vector<std::string>{
+                "An Alarm has gone off but the record no longer exists in this databsae."});
   // The entry stays, but it is not raised again.
   ASSERT_TRUE(LoadAlarmEntry(settings, 1));
   EXPECT_TRUE(DueAlarmEntries(settings, 1'900'000'000).empty());
@@ -148,8 +149,10 @@ TEST_F(AlarmsTest, MissingDatabaseGivesItsMessage) {
   auto db = Tasks();
   SetRecordAlarm(settings, *db, 1, 1'700'000'000);
   EXPECT_EQ(HandleAlarmNotification(workspace, 1, screens, nullptr), kAlarmHandled);
-  EXPECT_EQ(prompter.Messages(), std::vector<std::string>{
-      "Error: Could not open database for alarm.  Perhaps the database has been deleted?"});
+  EXPECT_EQ(
+      prompter.Messages(),
+      std::vector<std::string>{
+          "Error: Could not open database for alarm.  Perhaps the database has been deleted?"});
   EXPECT_EQ(HandleAlarmNotification(workspace, 7, screens, nullptr), kAlarmNotLoaded);
 }
 
@@ -215,8 +218,8 @@ TEST_F(AlarmsTest, SettingsRoundTripAndAutomaticTimes) {
 TEST(AlarmTimeText, RoundTripsAndRefusesNonsense) {
   EXPECT_EQ(ParseAlarmTime("1970-01-02 00:01"), 86460);
   EXPECT_EQ(AlarmTimeText(*ParseAlarmTime("2024-02-29 23:59")), "2024-02-29 23:59");
-  for (const char* bad : {"2023-02-29 10:00", "2024-13-01 10:00", "2024-01-01 24:00",
-                          "2024-01-01", "2024-01-01 10:00x", ""})
+  for (const char* bad : {"2023-02-29 10:00", "2024-13-01 10:00", "2024-01-01 24:00", "2024-01-01",
+                          "2024-01-01 10:00x", ""})
     EXPECT_FALSE(ParseAlarmTime(bad)) << bad;
 }
 
