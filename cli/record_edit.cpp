@@ -4,6 +4,9 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
+#include "exchange/alarm_settings.h"
+#include "exchange/alarms.h"
+#include "platform/qt/qt_settings.h"
 #include "processing/store.h"
 
 namespace qv::cli {
@@ -74,6 +77,11 @@ std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db
                                                const RecordValues& values, std::uint32_t number) {
   auto stored = StoreRecordSorted(db, values, number, true, context.prompter);
   if (!stored) context.Error("the database holds 65,000 records already");
+  // As in the record editor: with automatic alarms the record's date and time set its alarm.
+  if (stored && ReadAlarmSettings(db.definition()).automatic) {
+    QtSettings settings;
+    ApplyAutomaticAlarm(settings, db, *stored, context.clock.LocalNow());
+  }
   return stored;
 }
 

@@ -62,5 +62,38 @@ TEST_F(QvdbAlarmTest, SetListDueAndClear) {
   EXPECT_EQ(Run({"alarm", "list", "extra"}).exit_code, 2);
 }
 
+TEST_F(QvdbAlarmTest, AutomaticAlarmsComeFromTheStoredDateAndTime) {
+  ASSERT_EQ(Run({"field", file_, "add", "Due:Date"}).exit_code, 0);
+  ASSERT_EQ(Run({"field", file_, "add", "At:Time"}).exit_code, 0);
+  {
+    Database db;
+    SilentPrompter quiet;
+    ASSERT_TRUE(LoadDatabase(db, file_, quiet));
+    AlarmSettings s;
+    s.allowed = true;
+    s.automatic = true;
+    s.date_field = *db.definition().FindField("Due");
+    s.time_field = *db.definition().FindField("At");
+    ChangeAlarmSettings(db, s);
+    FixedClock clock;
+    ASSERT_TRUE(SaveDatabase(db, clock));
+  }
+  const std::vector<std::string> formats = {"--date-format", "dd/MM/yyyy", "--time-format",
+                                            "HH:mm"};
+  auto with = [&](std::vector<std::string> args) {
+    args.insert(args.end(), formats.begin(), formats.end());
+    return Run(args);
+  };
+  ASSERT_EQ(with({"set", file_, "1", "Due=24/12/2099", "At=09:15"}).exit_code, 0);
+  ASSERT_EQ(with({"add", file_, "Task=past", "Due=01/01/2001"}).exit_code, 0);
+  // The past date sets nothing; moving the date moves the alarm, emptying it clears it.
+  EXPECT_EQ(Run({"alarm", "due", "--at", "2100-01-01 00:00"}).out,
+            "1\t2099-12-24 09:15\t" + file_ + "\t1\n");
+  ASSERT_EQ(with({"set", file_, "1", "Due=25/12/2099"}).exit_code, 0);
+  EXPECT_NE(Run({"alarm", "list"}).out.find("2099-12-25 09:15"), std::string::npos);
+  ASSERT_EQ(with({"set", file_, "1", "Due=NO DATE"}).exit_code, 0);
+  EXPECT_EQ(Run({"alarm", "due", "--at", "2100-01-01 00:00"}).out, "");
+}
+
 }  // namespace
 }  // namespace qv::test
