@@ -9,6 +9,9 @@
 #include <cstdio>
 #include <string_view>
 
+#include "app/alarm_handler.h"
+#include "app/alarm_scheduler.h"
+#include "app/alarm_sound.h"
 #include "app/application.h"
 #include "app/gui_prompter.h"
 #include "app/launch_request.h"
@@ -56,7 +59,8 @@ int main(int argc, char** argv) {
   qv::app::GuiPasswordPrompter passwords;
   qv::app::SecurityAccessGate access(passwords);
   qv::app::OlderFormatConverter converter;
-  qv::app::NoNotificationHandler alarms;
+  qv::app::AlarmSound sound;
+  qv::app::GuiAlarmHandler alarms(sound);
   qv::app::Application application(qv::app::ApplicationServices{
       settings, paths, clock, prompter, dialogs, access, converter, alarms});
   application.workspace().options = qv::SystemFormatOptions(&settings);
@@ -67,6 +71,7 @@ int main(int argc, char** argv) {
   prompter.setParent(&window);
   passwords.setParent(&window);
   dialogs.setParent(&window);
+  alarms.setParent(&window);
   prompter.setStatusSink([&window](const QString& text) {
     if (text.isEmpty())
       window.statusBar()->clearMessage();
@@ -86,6 +91,11 @@ int main(int argc, char** argv) {
   QObject::connect(&qt, &QGuiApplication::commitDataRequest, &window,
                    [&application](QSessionManager&) { application.EndSession(false); });
   application.Start(arguments);
+  // Alarms due while the program was closed are raised now, later ones when their time comes.
+  qv::app::AlarmScheduler scheduler(
+      settings, clock, [&settings] { settings.sync(); },
+      [&window](const QString& text) { window.HandleLaunchText(text); });
+  if (!ended) scheduler.Start();
   // A signal taken while the start-up's own dialogs ran has ended the session already.
   int result = ended ? 0 : QApplication::exec();
   application.Shutdown();

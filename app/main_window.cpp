@@ -286,10 +286,10 @@ void MainWindow::HandleLaunchText(const QString& text) {
 
 void MainWindow::DeliverLaunchText(const QString& text) {
   Running running(running_);
-  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen())) {
+  if (flows_.HandOff(text.toStdString(), context_.alarms, context_.dialogs.IsRecordOpen()))
     history_.Clear();
-    Refresh();
-  }
+  // An alarm of the open database changes it even when no other database is opened.
+  Refresh();
   raise();
   activateWindow();
 }

@@ -75,7 +75,7 @@ class NotificationHandler {
   virtual int HandleNotification(int alarm_number, Workspace& workspace) = 0;
 };
 
-// Loads no alarm; in force until alarms exist.
+// Loads no alarm: for work that must not raise any (tests, benchmarks).
 class NoNotificationHandler : public NotificationHandler {
  public:
   int HandleNotification(int, Workspace&) override { return -1; }

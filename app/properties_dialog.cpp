@@ -16,6 +16,7 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "app/alarm_settings_page.h"
 #include "app/field_editor_dialog.h"
 #include "app/note_label.h"
 #include "app/security_access_dialog.h"
@@ -85,12 +86,8 @@ QWidget* PropertiesDialog::GeneralPage() {
   name_->setMaxLength(31);
   lookup_ = new QComboBox(page);
   lookup_->setToolTip(tr("Typing in the record list looks for records by this field"));
-  auto* alarms = new QCheckBox(tr("Records may carry alarms"), page);
-  alarms->setEnabled(false);
   form->addRow(tr("Database &name:"), name_);
   form->addRow(tr("&Look-up field:"), lookup_);
-  form->addRow(tr("Alarms:"), alarms);
-  form->addRow(QString(), Note(tr("Alarms are not available in this version."), page));
   form->addRow(tr("Records:"), new QLabel(QString::number(copy_.count()), page));
   form->addRow(
       tr("File:"),
@@ -316,34 +313,8 @@ void PropertiesDialog::ModeChosen(int mode) {
 }
 
 QWidget* PropertiesDialog::AlarmsPage() {
-  auto* page = new QWidget(this);
-  auto* layout = new QVBoxLayout(page);
-  auto* box = new QGroupBox(tr("Alarms"), page);
-  box->setEnabled(false);
-  auto* form = new QFormLayout(box);
-  form->setLabelAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  auto* kind = new QHBoxLayout;
-  kind->addWidget(new QRadioButton(tr("Manual"), box));
-  kind->addWidget(new QRadioButton(tr("Automatic"), box));
-  kind->addStretch(1);
-  auto* fields = new QHBoxLayout;
-  fields->addWidget(new QComboBox(box), 1);
-  fields->addWidget(new QComboBox(box), 1);
-  auto* snooze = new QHBoxLayout;
-  snooze->addWidget(new QSpinBox(box));
-  auto* unit = new QComboBox(box);
-  unit->addItems({tr("Minutes"), tr("Hours"), tr("Days")});
-  snooze->addWidget(unit);
-  snooze->addStretch(1);
-  form->addRow("Alarms Are", kind);
-  form->addRow("Show Which Two Fields in Reminder", fields);
-  form->addRow("Snooze Time: ", snooze);
-  layout->addWidget(Note(tr("Alarms are not available in this version; these settings can be made "
-                            "once they are."),
-                         page));
-  layout->addWidget(box);
-  layout->addStretch(1);
-  return page;
+  alarms_page_ = new AlarmSettingsPage(copy_, this);
+  return alarms_page_;
 }
 
 void PropertiesDialog::accept() {
@@ -364,6 +335,12 @@ void PropertiesDialog::accept() {
     copy_.name = name;
     copy_.header.SetName(name);
   }
+  if (QString problem = alarms_page_->Problem(); !problem.isEmpty()) {
+    workspace_.prompter.message(problem.toStdString(), "Error", Icon::Exclamation);
+    ShowPage(kAlarmsPage);
+    return;
+  }
+  alarms_page_->Store(copy_);
   if (lookup_->currentIndex() >= 0 &&
       lookup_->currentData().toInt() != copy_.definition().lookup_field())
     copy_.definition().data()[def::kLookupField] =

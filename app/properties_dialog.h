@@ -18,6 +18,8 @@ class QTabWidget;
 
 namespace qv::app {
 
+class AlarmSettingsPage;
+
 class PropertiesDialog : public QDialog {
   Q_OBJECT
  public:
@@ -34,6 +36,7 @@ class PropertiesDialog : public QDialog {
   QTabWidget* tabs() const { return tabs_; }
   QListWidget* fieldList() const { return fields_; }
   QLineEdit* nameEdit() const { return name_; }
+  AlarmSettingsPage* alarmsPage() const { return alarms_page_; }
   // The Fields page's buttons, for keyboard use and tests: the field editor on a new or the
   // selected field, delete, move.
   void AddField();
@@ -69,6 +72,7 @@ class PropertiesDialog : public QDialog {
   QListWidget* views_;
   QButtonGroup* modes_;
   QListWidget* encrypt_flags_;
+  AlarmSettingsPage* alarms_page_;
   bool filling_ = false;
 };
 

@@ -11,10 +11,12 @@
 
 #include "app/external_calls.h"
 #include "app/field_controls.h"
+#include "app/record_alarm_row.h"
 #include "app/popup_list_editor.h"
 #include "app/stored_text_guard.h"
 #include "engine/record.h"
 #include "engine/text.h"
+#include "exchange/alarm_settings.h"
 #include "processing/filter.h"
 #include "processing/formula.h"
 #include "processing/store.h"
@@ -73,6 +75,11 @@ RecordEditorDialog::RecordEditorDialog(Workspace& workspace, Database& db, Acces
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(row);
   layout->addWidget(findChild<QScrollArea*>(), 1);
+  if (ReadAlarmSettings(db_.definition()).allowed) {
+    alarm_ = new RecordAlarmRow(workspace_, db_, view_only_, this);
+    connect(alarm_, &RecordAlarmRow::edited, this, [this] { dirty_ = true; });
+    layout->addWidget(alarm_);
+  }
   layout->addWidget(buttons);
   connect(previous_, &QPushButton::clicked, this, &RecordEditorDialog::ShowPrevious);
   connect(next_, &QPushButton::clicked, this, &RecordEditorDialog::ShowNext);
@@ -218,6 +225,7 @@ void RecordEditorDialog::Show(std::uint32_t number, const RecordValues& values) 
   for (auto& [slot, control] : controls_)
     control->Load(shown_.values[static_cast<std::size_t>(slot)]);
   encrypt_->setChecked(HasFlag(values.prefix, kRecordManualEncrypt));
+  if (alarm_) alarm_->Load(values.prefix);
   dirty_ = set_up && !view_only_;
   if (number != kNewRecord) db_.current = number;
   QString name = Wide(db_.name);
@@ -304,6 +312,7 @@ bool RecordEditorDialog::StoreShown() {
   }
   number_ = *stored;
   db_.current = number_;
+  if (alarm_) alarm_->Store(number_);
   changed_ = true;
   dirty_ = false;
   deciphered_ = true;  // the stored record is plain until the close step enciphers it

@@ -18,6 +18,7 @@ class QPushButton;
 namespace qv::app {
 
 class FieldControl;
+class RecordAlarmRow;
 
 class RecordEditorDialog : public QDialog {
   Q_OBJECT
@@ -32,6 +33,7 @@ class RecordEditorDialog : public QDialog {
   std::uint32_t number() const { return number_; }
   FieldControl* control(int slot) const;
   QCheckBox* encryptBox() const { return encrypt_; }
+  RecordAlarmRow* alarmRow() const { return alarm_; }
 
   // The buttons' actions, public for keyboard shortcuts and tests.
   bool StoreShown();
@@ -73,6 +75,7 @@ class RecordEditorDialog : public QDialog {
   std::map<int, FieldControl*> controls_;
   QLabel* position_;
   QCheckBox* encrypt_;
+  RecordAlarmRow* alarm_ = nullptr;  // when the database allows alarms
   QPushButton* previous_;
   QPushButton* next_;
   QPushButton* new_;

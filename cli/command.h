@@ -36,5 +36,6 @@ std::vector<Command> FieldCommands();       // field
 std::vector<Command> TransferCommands();    // print, copy, move, convert
 std::vector<Command> BeamCommands();        // beam send, beam receive
 std::vector<Command> PluginCommands();      // plugin
+std::vector<Command> AlarmCommands();       // alarm
 
 }  // namespace qv::cli

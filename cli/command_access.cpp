@@ -24,6 +24,9 @@ constexpr std::array kRules = {
     CommandRule{"set", "*", kEditRecords},
     CommandRule{"recalc", "*", kEditRecords},
     CommandRule{"plugin", "call", kEditRecords},
+    // A record's alarm is set in the record editor.
+    CommandRule{"alarm", "set", kEditRecords},
+    CommandRule{"alarm", "clear", kEditRecords},
     // Delete Records: deleting. (copy and move check Add Records on the target and Delete
     // Records on the source themselves, since they open two databases.)
     CommandRule{"delete", "*", kDeleteRecords},

@@ -4,8 +4,11 @@
 
 #include "engine/format.h"
 #include "engine/text.h"
+#include "exchange/alarm_settings.h"
+#include "exchange/alarms.h"
 #include "exchange/external.h"
 #include "platform/qt/qt_paths.h"
+#include "platform/qt/qt_settings.h"
 #include "processing/store.h"
 
 namespace qv::cli {
@@ -80,6 +83,11 @@ std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db
                      static_cast<std::uint16_t>(number), plugged);
   auto stored = StoreRecordSorted(db, plugged, number, true, context.prompter);
   if (!stored) context.Error("the database holds 65,000 records already");
+  // As in the record editor: with automatic alarms the record's date and time set its alarm.
+  if (stored && ReadAlarmSettings(db.definition()).automatic) {
+    QtSettings settings;
+    ApplyAutomaticAlarm(settings, db, *stored, context.clock.LocalNow());
+  }
   return stored;
 }
 

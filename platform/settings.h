@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qv {
 
@@ -16,6 +17,9 @@ class Settings {
   // Write failures are ignored by design: a preference that cannot be stored is not an error.
   virtual void write(std::string_view key, std::string_view value) = 0;
   virtual void remove(std::string_view key) = 0;
+  // The names of the groups directly under `group` ("Alarms" gives "3", "17" ...), as the
+  // registry enumerates subkeys.
+  virtual std::vector<std::string> SubKeys(std::string_view group) const = 0;
 };
 
 // Reads an integer preference written with "%d"; missing or malformed values give the default.

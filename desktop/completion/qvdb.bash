@@ -46,6 +46,10 @@ _qvdb() {
     COMPREPLY=($(compgen -W "$(qvdb "$command" --help 2>/dev/null | grep -o -- '--[a-z-]*' | sort -u)" -- "$cur"))
   elif ((cword == 2)); then
     COMPREPLY=($(compgen -f -- "$cur" | grep -i '\.pdb$') $(compgen -d -- "$cur"))
+    [[ $command == alarm ]] && COMPREPLY+=($(compgen -W $'list\ndue' -- "$cur"))
+  elif [[ $command == alarm ]]; then
+    ((cword == 3)) && [[ $file != list && $file != due ]] &&
+      COMPREPLY=($(compgen -W $'set\nclear' -- "$cur"))
   elif [[ $command == plugin ]]; then
     case $cword in
       3) COMPREPLY=($(compgen -W "$(_qvdb_fields "$file")" -- "$cur")) ;;

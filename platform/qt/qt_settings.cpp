@@ -25,6 +25,15 @@ void QtSettings::write(std::string_view key, std::string_view value) {
 
 void QtSettings::remove(std::string_view key) { settings_->remove(Key(key)); }
 
+std::vector<std::string> QtSettings::SubKeys(std::string_view group) const {
+  settings_->beginGroup(Key(group));
+  const QStringList names = settings_->childGroups();
+  settings_->endGroup();
+  std::vector<std::string> out;
+  for (const QString& name : names) out.push_back(name.toStdString());
+  return out;
+}
+
 void QtSettings::sync() { settings_->sync(); }
 
 }  // namespace qv

@@ -16,6 +16,7 @@ class QtSettings : public Settings {
   std::optional<std::string> read(std::string_view key) const override;
   void write(std::string_view key, std::string_view value) override;
   void remove(std::string_view key) override;
+  std::vector<std::string> SubKeys(std::string_view group) const override;
   void sync();
 
  private:

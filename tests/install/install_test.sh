@@ -17,6 +17,7 @@ export ASAN_OPTIONS=detect_leaks=0
 if [[ -x $prefix/bin/quorvant ]]; then
   [[ $("$prefix/bin/quorvant" --version) == "quorvant 3.0" ]] || fail "quorvant does not run"
   grep -q 'id="Main_Contents"' "$prefix/share/quorvant/quorvant.htm" || fail "no help page"
+  [ -s "$prefix/share/quorvant/alarm1.wav" ] || fail "no alarm sound"
 fi
 for f in share/applications/quorvant.desktop share/mime/packages/quorvant.xml \
   share/icons/hicolor/scalable/apps/quorvant.svg share/icons/hicolor/48x48/apps/quorvant.png \

@@ -1,8 +1,11 @@
 #pragma once
 // In-memory settings, a fixed clock and fixed locales for tests.
 
+#include <iterator>
 #include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "platform/clock.h"
 #include "platform/locale.h"
@@ -20,7 +23,22 @@ class MemorySettings : public Settings {
   void write(std::string_view key, std::string_view value) override {
     values[std::string(key)] = std::string(value);
   }
-  void remove(std::string_view key) override { values.erase(std::string(key)); }
+  void remove(std::string_view key) override {
+    // Like the registry and QSettings, removing a group removes everything under it.
+    std::string group = std::string(key) + "/";
+    for (auto it = values.begin(); it != values.end();)
+      it = it->first == key || it->first.starts_with(group) ? values.erase(it) : std::next(it);
+  }
+  std::vector<std::string> SubKeys(std::string_view group) const override {
+    std::set<std::string> names;
+    std::string prefix = std::string(group) + "/";
+    for (const auto& [key, value] : values) {
+      if (!key.starts_with(prefix)) continue;
+      std::size_t slash = key.find('/', prefix.size());
+      if (slash != std::string::npos) names.insert(key.substr(prefix.size(), slash - prefix.size()));
+    }
+    return {names.begin(), names.end()};
+  }
   std::map<std::string, std::string> values;
 };
 
