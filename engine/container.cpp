@@ -4,9 +4,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "engine/atomic_file.h"
+#include "engine/save_journal.h"
 #include "engine/text.h"
 
 namespace qv {
@@ -220,10 +223,12 @@ std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
                                    std::size_t& file_size) {
   int fd = OpenRegularFile(path);
   if (fd < 0) return std::nullopt;
-  struct stat st;
   std::optional<Bytes> bytes;
-  if (::fstat(fd, &st) == 0 && static_cast<std::uint64_t>(st.st_size) <= kMaxFileSize) {
+  for (int attempt = 0; attempt < 50; ++attempt) {
+    struct stat st;
+    if (::fstat(fd, &st) != 0 || static_cast<std::uint64_t>(st.st_size) > kMaxFileSize) break;
     file_size = static_cast<std::size_t>(st.st_size);
+    FileStamp before = StampOf(path);
     Bytes start(std::min(limit, file_size));
     std::size_t done = 0;
     while (done < start.size()) {
@@ -231,7 +236,13 @@ std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
       if (n <= 0) break;
       done += static_cast<std::size_t>(n);
     }
-    if (done == start.size()) bytes = std::move(start);
+    if (done != start.size()) break;
+    // As for whole reads: a save in place that ran meanwhile is undone or waited for.
+    if (CheckJournal(path, before, start) != JournalCheck::ReadAgain) {
+      bytes = std::move(start);
+      break;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
   ::close(fd);
   return bytes;
