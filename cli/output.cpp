@@ -105,12 +105,11 @@ void WriteRecordTable(const Database& db, const std::vector<std::uint32_t>& reco
                [&](const std::vector<std::string>& cells) { WriteDelimited(cells, format, out); });
     return;
   }
-  // The widths need every row first: the cells are kept in one buffer, not a string each.
+  // The widths need every row first: the cells are kept in one buffer, not a string each, each
+  // ended by a tab (which OneLine has taken out of every cell).
   std::vector<std::size_t> widths(heads.headers.size(), 0);
   for (std::size_t c = 0; c < widths.size(); ++c) widths[c] = Width(heads.headers[c]);
   std::string text;
-  std::vector<std::uint32_t> ends;
-  ends.reserve(records.size() * widths.size());
   std::size_t rows = 0;
   ForEachRow(db, records, slots, options, with_numbers, [&](const std::vector<std::string>& cells) {
     if (++rows == 1024)  // sized once from the first rows, not doubled as it grows
@@ -119,15 +118,21 @@ void WriteRecordTable(const Database& db, const std::vector<std::uint32_t>& reco
       std::string cell = OneLine(cells[c]);
       widths[c] = std::min<std::size_t>(std::max(widths[c], Width(cell)), 40);
       text += cell;
-      ends.push_back(static_cast<std::uint32_t>(text.size()));
+      text += '\t';
     }
   });
   WriteAligned(heads.headers, widths, out);
+  if (widths.empty()) {  // no columns: an empty line a record, as a table of them shows
+    for (std::size_t i = 0; i < records.size(); ++i) out << '\n';
+    return;
+  }
   std::vector<std::string_view> row(widths.size());
-  for (std::size_t at = 0, start = 0; at < ends.size(); at += row.size()) {
+  const std::string_view all(text);
+  for (std::size_t start = 0; start < all.size();) {
     for (std::size_t c = 0; c < row.size(); ++c) {
-      row[c] = std::string_view(text).substr(start, ends[at + c] - start);
-      start = ends[at + c];
+      std::size_t end = all.find('\t', start);
+      row[c] = all.substr(start, end - start);
+      start = end + 1;
     }
     WriteAligned(row, widths, out);
   }
