@@ -152,20 +152,20 @@ std::optional<Bytes> ReadOnce(int fd, std::uint64_t limit, FileStamp& stamp) {
 }  // namespace
 
 std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit, FileStamp* stamp) {
-  int fd = OpenRegularFile(path);
-  if (fd < 0) return std::nullopt;
   // A save writing a few bytes in place may run meanwhile: what it had written is undone in the
-  // copy, or the file is read again once it has finished.
+  // copy, or the file (perhaps replaced by then) is opened and read again once it has finished.
   std::optional<Bytes> bytes;
   FileStamp read;
   read.path = path;
   for (int attempt = 0; attempt < 50; ++attempt) {
+    int fd = OpenRegularFile(path);
+    if (fd < 0) return std::nullopt;
     bytes = ReadOnce(fd, limit, read);
+    ::close(fd);
     if (!bytes || CheckJournal(path, read, *bytes) != JournalCheck::ReadAgain) break;
     bytes.reset();
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  ::close(fd);
   if (bytes && stamp) *stamp = read;
   return bytes;
 }
