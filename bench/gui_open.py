@@ -81,7 +81,12 @@ def ensure_display(display):
 def one_run(quorvant, path, display, title, home):
     env = dict(os.environ, DISPLAY=display, XDG_CONFIG_HOME=home, QUORVANT_HOME=home,
                QT_QPA_PLATFORM="xcb")
-    d = x11.XOpenDisplay(display.encode())
+    d = None
+    for _ in range(100):  # a busy server refuses a connection now and then
+        d = x11.XOpenDisplay(display.encode())
+        if d:
+            break
+        time.sleep(0.05)
     if not d:
         raise SystemExit(f"cannot open the X display {display}")
     start = time.perf_counter()

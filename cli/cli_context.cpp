@@ -5,6 +5,7 @@
 #include "cli/command_access.h"
 #include "cli/standard_streams.h"
 #include "cli/usage.h"
+#include "engine/save_journal.h"
 #include "engine/text.h"
 #include "platform/pattern_check.h"
 #include "platform/qt/qt_locale.h"
@@ -131,7 +132,9 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_
   // Taken before reading, so the whole read-modify-write of a command is one step for every
   // other writer; the save refuses later if the lock could not be had.
   FileLock lock;
-  LockForUpdate(lock, path, kLockPatience);
+  // Holding it, a save cut short by a crash can be put back on disk before the file is read.
+  if (LockForUpdate(lock, path, kLockPatience) == FileLock::Result::Locked)
+    RecoverInterruptedSave(path);
   auto db = std::make_unique<Database>();
   if (!OpenProtectedDatabase(*db, path, ui)) return nullptr;
   db->lock = std::move(lock);

@@ -11,6 +11,7 @@ class CliPrompter : public Prompter {
   void message(std::string_view text, std::string_view caption, Icon icon) override;
   Answer ask(std::string_view text, std::string_view caption, Buttons buttons, Icon icon) override;
   void progress(std::string_view text) override;
+  bool shows_progress() const override { return verbose; }
   void busy(bool) override {}
 
   Preset preset = Preset::None;

@@ -132,8 +132,8 @@ int List(CliContext& context, const QStringList& arguments) {
   TableFormat table_format = format == "tsv"   ? TableFormat::Tsv
                              : format == "csv" ? TableFormat::Csv
                                                : TableFormat::Text;
-  WriteTable(RecordTable(*db, *records, *fields, context.options, parser.isSet("numbers")),
-             table_format, std::cout);
+  WriteRecordTable(*db, *records, *fields, context.options, parser.isSet("numbers"),
+                   table_format, std::cout);
   if (std::size_t n = CountEnciphered(*db, *records))
     std::cerr << "Note: " << n << " record" << (n == 1 ? " shows" : "s show") << " "
               << kEncipheredValueText << " for values no password given deciphers\n";

@@ -101,9 +101,21 @@ int Export(CliContext& context, const QStringList& arguments) {
   o.slot_order = parser.isSet("slot-order");
   o.separator = *separator;
   o.encoding = *encoding;
+  // A few thousand records at a time, so the export never holds its whole text.
+  constexpr std::size_t kChunk = 4096;
+  OutputStream output(context, out);
+  int complete = 1;
   std::string text;
-  int complete = WriteCsv(*db, o, *records, context.options, context.prompter, text);
-  if (!WriteOutput(context, out, text)) return kFailed;
+  for (std::size_t at = 0; at == 0 || at < records->size(); at += kChunk) {
+    std::vector<std::uint32_t> chunk(records->begin() + static_cast<std::ptrdiff_t>(at),
+                                     records->begin() + static_cast<std::ptrdiff_t>(
+                                                            std::min(at + kChunk, records->size())));
+    text.clear();
+    complete &= WriteCsv(*db, o, chunk, context.options, context.prompter, text);
+    o.header = false;  // once, before the first records
+    output.Write(text);
+  }
+  if (!output.Finish()) return kFailed;
   if (complete == 1) return kOk;
   context.Error("some records could not be read; the others were written");
   return kFailed;

@@ -22,4 +22,10 @@ Table RecordTable(const Database& db, const std::vector<std::uint32_t>& records,
 
 void WriteTable(const Table& table, TableFormat format, std::ostream& out);
 
+// RecordTable written out without holding a string per cell: TSV and CSV row by row, aligned
+// text from one buffer of all the cells (its widths need every row first).
+void WriteRecordTable(const Database& db, const std::vector<std::uint32_t>& records,
+                      const std::vector<int>& slots, const FormatOptions& options,
+                      bool with_numbers, TableFormat format, std::ostream& out);
+
 }  // namespace qv::cli

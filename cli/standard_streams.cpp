@@ -45,6 +45,26 @@ bool WriteOutput(CliContext& context, const std::string& path, std::string_view 
   return false;
 }
 
+OutputStream::OutputStream(CliContext& context, const std::string& path)
+    : context_(context), path_(path) {
+  if (!IsStandardStream(path)) file_ = std::make_unique<OutputFile>(path);
+}
+
+OutputStream::~OutputStream() = default;
+
+void OutputStream::Write(std::string_view text) {
+  if (file_)
+    file_->Write(text);
+  else if (!failed_)
+    failed_ = std::fwrite(text.data(), 1, text.size(), stdout) != text.size();
+}
+
+bool OutputStream::Finish() {
+  if (file_ ? file_->ok() && file_->Close() : std::fflush(stdout) == 0 && !failed_) return true;
+  context_.Error(file_ ? "cannot write '" + path_ + "'" : "cannot write to standard output");
+  return false;
+}
+
 std::unique_ptr<Database> OpenStandardInput(CliContext& context) {
   auto bytes = ReadInput(context, "-");
   if (!bytes) return nullptr;

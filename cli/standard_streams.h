@@ -10,6 +10,10 @@
 #include "engine/bytes.h"
 #include "engine/database.h"
 
+namespace qv {
+class OutputFile;
+}
+
 namespace qv::cli {
 
 class CliContext;
@@ -19,6 +23,24 @@ bool IsStandardStream(const std::string& path);
 std::optional<Bytes> ReadInput(CliContext& context, const std::string& path);
 // Replaces the file with the text, or writes it to standard output; false (reported) on failure.
 bool WriteOutput(CliContext& context, const std::string& path, std::string_view text);
+
+// The same written in parts, so a long export never holds its whole text: the file is put in
+// place by Finish (nothing replaces it without), standard output is written as it comes.
+class OutputStream {
+ public:
+  OutputStream(CliContext& context, const std::string& path);
+  ~OutputStream();
+  OutputStream(const OutputStream&) = delete;
+  OutputStream& operator=(const OutputStream&) = delete;
+  void Write(std::string_view text);
+  bool Finish();  // false (reported) when anything could not be written
+
+ private:
+  CliContext& context_;
+  std::string path_;
+  std::unique_ptr<OutputFile> file_;  // none for standard output
+  bool failed_ = false;
+};
 
 // A database given as "-" is read from standard input, with the usual checks; it has no file to
 // be saved to, so commands that change it refuse (see SaveRefused).

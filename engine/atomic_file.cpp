@@ -3,13 +3,19 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <climits>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <thread>
+
+#include "engine/save_journal.h"
 
 namespace qv {
 
@@ -121,32 +127,46 @@ int OpenRegularFile(const std::string& path) {
   return fd;
 }
 
-std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit, FileStamp* stamp) {
-  int fd = OpenRegularFile(path);
-  if (fd < 0) return std::nullopt;
+namespace {
+
+// One read of the whole file, into storage that is not zero-filled first.
+std::optional<Bytes> ReadOnce(int fd, std::uint64_t limit, FileStamp& stamp) {
   struct stat st;
-  if (::fstat(fd, &st) != 0 || static_cast<std::uint64_t>(st.st_size) > limit) {
-    ::close(fd);
-    return std::nullopt;
-  }
+  if (::fstat(fd, &st) != 0 || static_cast<std::uint64_t>(st.st_size) > limit) return std::nullopt;
+  const std::string path = stamp.path;
+  stamp = StampFromStat(st);
+  stamp.path = path;
   Bytes bytes(static_cast<std::size_t>(st.st_size));
   std::size_t done = 0;
   while (done < bytes.size()) {
-    ssize_t n = ::read(fd, bytes.data() + done, bytes.size() - done);
+    ssize_t n = ::pread(fd, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done));
     if (n < 0 && errno == EINTR) continue;
-    if (n < 0) {
-      ::close(fd);
-      return std::nullopt;
-    }
+    if (n < 0) return std::nullopt;
     if (n == 0) break;  // shrunk while being read: what is there
     done += static_cast<std::size_t>(n);
   }
   bytes.resize(done);
-  if (stamp) {
-    *stamp = StampFromStat(st);
-    stamp->path = path;
+  return bytes;
+}
+
+}  // namespace
+
+std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit, FileStamp* stamp) {
+  // A save writing a few bytes in place may run meanwhile: what it had written is undone in the
+  // copy, or the file (perhaps replaced by then) is opened and read again once it has finished.
+  std::optional<Bytes> bytes;
+  FileStamp read;
+  read.path = path;
+  for (int attempt = 0; attempt < 50; ++attempt) {
+    int fd = OpenRegularFile(path);
+    if (fd < 0) return std::nullopt;
+    bytes = ReadOnce(fd, limit, read);
+    ::close(fd);
+    if (!bytes || CheckJournal(path, read, *bytes) != JournalCheck::ReadAgain) break;
+    bytes.reset();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  ::close(fd);
+  if (bytes && stamp) *stamp = read;
   return bytes;
 }
 
@@ -237,6 +257,34 @@ bool AtomicFile::Write(const void* data, std::size_t size) {
   return fd_ >= 0;
 }
 
+bool AtomicFile::Write(std::span<const std::span<const std::uint8_t>> pieces) {
+  // Many pieces (a reordered table) go out a batch at a time rather than joined into a copy.
+  std::vector<struct iovec> batch;
+  for (std::size_t i = 0; fd_ >= 0 && i < pieces.size();) {
+    batch.clear();
+    for (; i < pieces.size() && batch.size() < IOV_MAX; ++i) {
+      if (pieces[i].empty()) continue;
+      batch.push_back({const_cast<std::uint8_t*>(pieces[i].data()), pieces[i].size()});
+    }
+    ssize_t n = batch.empty() ? 0 : ::writev(fd_, batch.data(), static_cast<int>(batch.size()));
+    if (n < 0 && errno == EINTR) n = 0;
+    if (n < 0) {
+      error_ = errno;
+      return false;
+    }
+    // A short write: the rest of the batch one piece at a time.
+    auto done = static_cast<std::size_t>(n);
+    for (const struct iovec& v : batch) {
+      std::size_t skip = std::min(done, v.iov_len);
+      done -= skip;
+      if (skip < v.iov_len &&
+          !Write(static_cast<const std::uint8_t*>(v.iov_base) + skip, v.iov_len - skip))
+        return false;
+    }
+  }
+  return fd_ >= 0;
+}
+
 WriteOutcome AtomicFile::Commit(const FileStamp* expected) {
   WriteOutcome out;
   if (fd_ < 0) {
@@ -291,9 +339,7 @@ WriteOutcome SaveFileAtomically(const std::string& path,
                                 std::span<const std::span<const std::uint8_t>> pieces,
                                 const FileStamp* expected) {
   AtomicFile file(path);
-  bool written = file.ok();
-  for (std::size_t i = 0; written && i < pieces.size(); ++i)
-    written = file.Write(pieces[i].data(), pieces[i].size());
+  bool written = file.ok() && file.Write(pieces);
   if (!written) {
     WriteOutcome out;
     out.result = file.ok() ? WriteResult::Failed : WriteResult::CannotOpen;

@@ -72,6 +72,7 @@ class AtomicFile {
   bool ok() const { return fd_ >= 0; }
   int error() const { return error_; }
   bool Write(const void* data, std::size_t size);
+  bool Write(std::span<const std::span<const std::uint8_t>> pieces);  // one after another
   // Flushes the temporary to disk, keeps the old file's mode, owner and group, and renames it
   // over the target; then flushes the folder. With `expected`, the target must still be that
   // file (or still be absent), checked just before the rename.

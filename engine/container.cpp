@@ -4,9 +4,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "engine/atomic_file.h"
+#include "engine/save_journal.h"
 #include "engine/text.h"
 
 namespace qv {
@@ -218,22 +221,35 @@ int ReadHeader(const std::string& path, Header& header) {
 
 std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
                                    std::size_t& file_size) {
-  int fd = OpenRegularFile(path);
-  if (fd < 0) return std::nullopt;
-  struct stat st;
   std::optional<Bytes> bytes;
-  if (::fstat(fd, &st) == 0 && static_cast<std::uint64_t>(st.st_size) <= kMaxFileSize) {
-    file_size = static_cast<std::size_t>(st.st_size);
-    Bytes start(std::min(limit, file_size));
-    std::size_t done = 0;
-    while (done < start.size()) {
-      ssize_t n = ::pread(fd, start.data() + done, start.size() - done, static_cast<off_t>(done));
-      if (n <= 0) break;
-      done += static_cast<std::size_t>(n);
+  for (int attempt = 0; attempt < 50; ++attempt) {
+    int fd = OpenRegularFile(path);
+    if (fd < 0) return std::nullopt;
+    FileStamp before = StampOf(path);
+    struct stat st;
+    bool read = ::fstat(fd, &st) == 0 && static_cast<std::uint64_t>(st.st_size) <= kMaxFileSize;
+    if (read && before.inode != static_cast<std::uint64_t>(st.st_ino)) {  // replaced just now
+      ::close(fd);
+      continue;
     }
-    if (done == start.size()) bytes = std::move(start);
+    Bytes start;
+    if (read) {
+      file_size = static_cast<std::size_t>(st.st_size);
+      start.resize(std::min(limit, file_size));
+      std::size_t done = 0;
+      while (done < start.size()) {
+        ssize_t n = ::pread(fd, start.data() + done, start.size() - done, static_cast<off_t>(done));
+        if (n <= 0) break;
+        done += static_cast<std::size_t>(n);
+      }
+      read = done == start.size();
+    }
+    ::close(fd);
+    if (!read) return std::nullopt;
+    // As for whole reads: a save in place that ran meanwhile is undone or waited for.
+    if (CheckJournal(path, before, start) != JournalCheck::ReadAgain) return start;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  ::close(fd);
   return bytes;
 }
 

@@ -1,11 +1,14 @@
 #include "engine/database.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstring>
 
 #include "engine/field_settings.h"
 #include "engine/format.h"
+#include "engine/save_journal.h"
 #include "engine/text.h"
 
 namespace qv {
@@ -58,13 +61,14 @@ ReadError ParseParts(const FileImage& image, std::size_t file_size, LoadParts pa
 std::optional<Bytes> ReadSchemaStart(const std::string& path, std::size_t& file_size,
                                      FileStamp& stamp) {
   stamp = StampOf(path);
-  auto start = ReadFileStart(path, kHeaderSize, file_size);
+  // The header with the entries up to the first data record's, then all that is needed at once.
+  const std::size_t entries_end = kHeaderSize + kEntrySize * (kSchemaRecords + 1);
+  auto start = ReadFileStart(path, entries_end, file_size);
   if (!start || start->size() < kHeaderSize) return start;  // the parse names the fault
   const std::size_t count = GetBE16(start->data() + 76);
   if (count <= kSchemaRecords) return ReadFileStart(path, file_size, file_size);
   const std::size_t list_end = kHeaderSize + kEntrySize * count;
-  start = ReadFileStart(path, list_end, file_size);
-  if (!start || start->size() < list_end) return start;
+  if (start->size() < entries_end) return start;
   std::size_t first_data = GetBE32(start->data() + kHeaderSize + kEntrySize * kSchemaRecords);
   return ReadFileStart(path, std::max(first_data, list_end), file_size);
 }
@@ -115,9 +119,13 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, Loa
   fresh.path = path;
   fresh.loaded = true;
   fresh.disk = stamp;
+  if (parts == LoadParts::All) {
+    fresh.image = image;
+    fresh.image_of = stamp;
+  }
   fresh.lock = std::move(db.lock);  // a lock the caller took before reading stays with it
   db = std::move(fresh);
-  RemoveStaleTemporaries(path);
+  if (parts == LoadParts::All) RemoveStaleTemporaries(path);  // not for a quick look
   return true;
 }
 
@@ -131,6 +139,44 @@ Bytes SerializeDatabase(const Database& db) {
   std::vector<RawRecord> schema;
   return JoinPieces(LayOutDatabase(db, schema));
 }
+
+namespace {
+
+// The ranges where a layout differs from the image the file was read into, when the file keeps
+// its size and they are few and small: such a save is written in place (PatchFileInPlace).
+// Records still viewing the image at their old offset are skipped without comparing.
+std::optional<std::vector<FilePatch>> PatchesAgainst(const ContainerLayout& layout,
+                                                     const Bytes& image, std::uint64_t disk_size) {
+  constexpr std::size_t kJoinGap = 64;  // nearby differences go into one range
+  constexpr std::size_t kMostRanges = 256;
+  const std::size_t most_bytes = std::max<std::size_t>(64 << 10, image.size() / 16);
+  if (layout.size() != image.size() || image.size() != disk_size) return std::nullopt;
+  std::vector<FilePatch> patches;
+  std::size_t changed = 0;
+  std::size_t offset = 0;
+  for (const auto& piece : layout.pieces) {
+    const std::uint8_t* old = image.data() + offset;
+    if (piece.data() != old) {
+      for (std::size_t i = 0; i < piece.size();) {
+        auto first = std::mismatch(piece.begin() + i, piece.end(), old + i);
+        if (first.first == piece.end()) break;
+        std::size_t start = static_cast<std::size_t>(first.first - piece.begin());
+        std::size_t end = start + 1;
+        for (std::size_t same = 0; end < piece.size() && same < kJoinGap; ++end)
+          same = piece[end] == old[end] ? same + 1 : 0;
+        while (end > start + 1 && piece[end - 1] == old[end - 1]) --end;
+        patches.push_back({offset + start, piece.subspan(start, end - start)});
+        changed += end - start;
+        if (patches.size() > kMostRanges || changed > most_bytes) return std::nullopt;
+        i = end;
+      }
+    }
+    offset += piece.size();
+  }
+  return patches;
+}
+
+}  // namespace
 
 bool SaveDatabase(Database& db, const Clock& clock, SaveOutcome* outcome) {
   SaveOutcome local;
@@ -147,23 +193,21 @@ bool SaveDatabase(Database& db, const Clock& clock, SaveOutcome* outcome) {
   db.header.modification_date = FileTimeNow(clock);
   std::vector<RawRecord> schema;
   ContainerLayout layout = LayOutDatabase(db, schema);
-  // A reordered table gives a piece per record: those are joined first, one write beats
-  // thousands of small ones.
-  constexpr std::size_t kMostPieces = 64;
-  Bytes joined;
-  std::span<const std::span<const std::uint8_t>> pieces = layout.pieces;
-  std::span<const std::uint8_t> whole;
-  if (layout.pieces.size() > kMostPieces) {
-    joined = JoinPieces(layout);
-    whole = joined;
-    pieces = {&whole, 1};
-  }
   const FileStamp* expected = db.disk.path == db.path ? &db.disk : nullptr;
-  WriteOutcome written = SaveFileAtomically(db.path, pieces, expected);
+  std::optional<WriteOutcome> patched;
+  if (expected && db.image && db.image_of.SameFile(*expected))
+    if (auto patches = PatchesAgainst(layout, *db.image, expected->size))
+      patched = PatchFileInPlace(db.path, *patches, *expected);
+  WriteOutcome written = patched ? *patched : SaveFileAtomically(db.path, layout.pieces, expected);
   db.lock.Unlock();  // it was on the file just replaced
   out.result = written.result;
   out.error = written.error;
-  if (written.result == WriteResult::Written) db.disk = written.stamp;
+  if (written.result == WriteResult::Written) {
+    db.disk = written.stamp;
+    db.image.reset();  // no longer what is on disk
+    // A journal left beside the file it replaced must not meet a later file of the same inode.
+    if (!patched) ::unlink(JournalPath(SaveTarget(db.path)).c_str());
+  }
   // Cleared whenever the file could be opened, even if writing then failed: deliberate, kept.
   if (written.result == WriteResult::Failed || written.result == WriteResult::Written)
     db.changed = false;

@@ -47,6 +47,11 @@ struct Database {
   std::uint32_t next_uid = 0;
   // The file as last read or written: a save refuses to replace a file changed since.
   FileStamp disk;
+  // The whole file as read, and the file it was read from: while that is still the file on disk
+  // (`disk` the same), a save that changes only a few of its bytes writes just those, in place
+  // and journaled (engine/save_journal.h). A copy saved in its place moves `disk` on.
+  FileImage image;
+  FileStamp image_of;
   // Held by whoever is changing the file (see FileLock); saves take it when it is not held.
   FileLock lock;
   // Never written to the file. The encryption password given while the database is open, so a

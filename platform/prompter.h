@@ -18,6 +18,8 @@ class Prompter {
                      Icon icon) = 0;
   // The wait notice of long operations.
   virtual void progress(std::string_view text) = 0;
+  // Whether progress texts are shown at all: loops over every record skip composing them if not.
+  virtual bool shows_progress() const { return true; }
   // The wait cursor.
   virtual void busy(bool on) = 0;
 };
@@ -30,6 +32,7 @@ class SilentPrompter : public Prompter {
     return buttons == Buttons::Ok || buttons == Buttons::OkCancel ? Answer::Ok : Answer::Yes;
   }
   void progress(std::string_view) override {}
+  bool shows_progress() const override { return false; }
   void busy(bool) override {}
 };
 

@@ -129,11 +129,12 @@ namespace {
 // One record's part of WriteCsv: the progress texts, the filter test and the line.
 int WriteCsvRecord(const Database& db, const CsvExportOptions& o, std::uint32_t p,
                    const FormatOptions& options, Prompter& prompter, std::string& out) {
-  prompter.progress(StringPrintf("Reading and Writing Record %u...", p));
+  const bool shown = prompter.shows_progress();
+  if (shown) prompter.progress(StringPrintf("Reading and Writing Record %u...", p));
   if (o.filtered_only && !RecordPassesFilter(db, p)) return 1;
   if (p < db.count() && IsRecordEnciphered(db, p)) return 1;  // never exported as values
   // The offset of 102 (the first data record's place in the file) is the program's own.
-  prompter.progress(StringPrintf("Reading Record: %d:", static_cast<int>(p) - 102));
+  if (shown) prompter.progress(StringPrintf("Reading Record: %d:", static_cast<int>(p) - 102));
   if (p >= db.count() || db.records[p].data.empty()) {
     prompter.progress(StringPrintf("ERROR:Reading Record: %u", p));
     return 0;

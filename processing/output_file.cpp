@@ -12,8 +12,13 @@ OutputFile::OutputFile(const std::string& path) : file_(path) {
 
 void OutputFile::Write(std::string_view text) {
   if (!ok() || failed_ || closed_) return;
-  buffer_.append(text);
-  if (buffer_.size() >= kBufferSize) Flush();
+  if (buffer_.size() + text.size() < kBufferSize) {
+    buffer_.append(text);
+    return;
+  }
+  // A large text goes out as it is rather than through a copy in the buffer.
+  Flush();
+  if (!failed_ && !file_.Write(text.data(), text.size())) failed_ = true;
 }
 
 bool OutputFile::Flush() {
