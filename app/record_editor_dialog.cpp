@@ -11,8 +11,8 @@
 
 #include "app/external_calls.h"
 #include "app/field_controls.h"
-#include "app/record_alarm_row.h"
 #include "app/popup_list_editor.h"
+#include "app/record_alarm_row.h"
 #include "app/stored_text_guard.h"
 #include "engine/record.h"
 #include "engine/text.h"
