@@ -35,5 +35,6 @@ std::vector<Command> ExchangeCommands();    // export, import
 std::vector<Command> FieldCommands();       // field
 std::vector<Command> TransferCommands();    // print, copy, move, convert
 std::vector<Command> BeamCommands();        // beam send, beam receive
+std::vector<Command> LinkCommands();        // link
 
 }  // namespace qv::cli

@@ -14,7 +14,8 @@ std::vector<qv::cli::Command> AllCommands() {
   for (auto group :
        {qv::cli::DatabaseCommands, qv::cli::RecordCommands, qv::cli::ProcessingCommands,
         qv::cli::ViewCommands, qv::cli::ExchangeCommands, qv::cli::TransferCommands,
-        qv::cli::SecurityCommands, qv::cli::FieldCommands, qv::cli::BeamCommands}) {
+        qv::cli::SecurityCommands, qv::cli::FieldCommands, qv::cli::BeamCommands,
+        qv::cli::LinkCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }

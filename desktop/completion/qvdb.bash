@@ -46,6 +46,8 @@ _qvdb() {
     COMPREPLY=($(compgen -W "$(qvdb "$command" --help 2>/dev/null | grep -o -- '--[a-z-]*' | sort -u)" -- "$cur"))
   elif ((cword == 2)); then
     COMPREPLY=($(compgen -f -- "$cur" | grep -i '\.pdb$') $(compgen -d -- "$cur"))
+  elif [[ $command == link ]] && ((cword == 4)); then
+    COMPREPLY=($(compgen -W "$(_qvdb_fields "$file")" -- "$cur"))
   elif [[ $command == add || $command == set ]]; then
     COMPREPLY=($(compgen -S = -W "$(_qvdb_fields "$file")" -- "$cur"))
     compopt -o nospace 2>/dev/null

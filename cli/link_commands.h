@@ -1,0 +1,35 @@
+#pragma once
+// qvdb link, and the --linked-to option of qvdb add: records reached through Link fields.
+
+#include <QString>
+#include <memory>
+
+#include "cli/cli_context.h"
+#include "engine/record.h"
+#include "processing/linked_database.h"
+
+namespace qv::cli {
+
+// The access check a linked database gets: Open Database, its encryption password, and what a
+// password at hand deciphers.
+LinkAccessCheck LinkedAccess(CliContext& context);
+
+// The parent record a new record is added under: `PARENT.PDB:RECORD:FIELD`.
+class LinkedParent {
+ public:
+  // Opens the parent (its lock held until saved) and checks that its FIELD links to `child`;
+  // nothing, with the problem reported and `code` set, otherwise.
+  static std::unique_ptr<LinkedParent> Open(CliContext& context, const QString& spec,
+                                            const Database& child, int& code);
+  // Gives the parent record a link key when it has none (saving the parent), then puts the key
+  // into the new record's values. False when the parent could not be saved.
+  bool Attach(CliContext& context, const Database& child, RecordValues& values);
+
+ private:
+  std::unique_ptr<Database> parent_;
+  int slot_ = -1;
+  std::uint32_t record_ = 0;
+  int child_field_ = -1;
+};
+
+}  // namespace qv::cli
