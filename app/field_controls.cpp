@@ -12,6 +12,7 @@
 
 #include "app/date_chooser.h"
 #include "app/image_editor.h"
+#include "app/link_controls.h"
 #include "app/time_chooser.h"
 #include "engine/format.h"
 #include "engine/record.h"
@@ -409,6 +410,10 @@ FieldControl* FieldControl::Create(const Database& db, int slot, const FormatOpt
       return new CheckControl(slot, parent);
     case kImage:
       return new ImageControl(slot, parent);
+    case kLink:
+    case kLinked:
+    case kRelationship:
+      return CreateLinkControl(db, slot, options, parent);
     default:
       return new ShownControl(db, slot, options, parent);
   }

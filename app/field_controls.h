@@ -36,6 +36,8 @@ class FieldControl : public QObject {
   void edited();
   // The pop-up chooser's "Edit Popups" button.
   void editPopupsRequested(int slot);
+  // A Link field's "Open Linked Records", a Linked field's "Reassign...".
+  void linkRequested(int slot);
 
  protected:
   FieldControl(int slot, QObject* parent) : QObject(parent), slot_(slot) {}

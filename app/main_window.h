@@ -11,6 +11,7 @@
 #include "app/edit_history.h"
 #include "app/file_flows.h"
 #include "app/launch_queue.h"
+#include "app/link_bar.h"
 #include "app/record_list_panel.h"
 #include "app/record_transfer.h"
 
@@ -36,6 +37,7 @@ class MainWindow : public QMainWindow {
   FileFlows& flows() { return flows_; }
   EditHistory& history() { return history_; }
   RecordTransfer& transfer() { return *transfer_; }
+  LinkBar* linkBar() const { return link_bar_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -44,6 +46,7 @@ class MainWindow : public QMainWindow {
   QAction* AddCommand(QMenu* menu, const QString& text, int command, bool available = true,
                       const QKeySequence& shortcut = {});
   void BuildMenus();
+  void AddLinkBar();
   void BuildEditMenu();
   void FillReopenMenu();
   void UpdateTitle();
@@ -61,6 +64,7 @@ class MainWindow : public QMainWindow {
   bool exiting_ = false;
   int running_ = 0;  // commands in progress (their dialogs may hold the database)
   LaunchQueue* launches_;
+  LinkBar* link_bar_;
   std::string titled_path_;  // the file the title was last made for
   bool name_shared_ = false;
 };

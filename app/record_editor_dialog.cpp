@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "app/field_controls.h"
+#include "app/linked_navigation.h"
 #include "app/popup_list_editor.h"
 #include "app/stored_text_guard.h"
 #include "engine/record.h"
@@ -148,6 +149,7 @@ void RecordEditorDialog::BuildControls() {
       RefreshComputed();
     });
     connect(control, &FieldControl::editPopupsRequested, this, &RecordEditorDialog::EditPopups);
+    connect(control, &FieldControl::linkRequested, this, &RecordEditorDialog::LinkRequested);
   }
   for (int i = 0; i < columns->count(); ++i)
     if (auto* f = qobject_cast<QFormLayout*>(columns->itemAt(i)->layout()))
@@ -188,6 +190,7 @@ void RecordEditorDialog::showEvent(QShowEvent* event) {
 
 RecordValues RecordEditorDialog::NewValues() const {
   RecordValues values = DefaultValues(db_);
+  LinkNewRecord(workspace_, db_, values);
   if (db_.definition().record_header_on()) {
     RandomBytes random;
     RecordHeader header = NewRecordHeader(random);
