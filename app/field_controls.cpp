@@ -395,8 +395,9 @@ FieldControl* FieldControl::Create(const Database& db, int slot, const FormatOpt
   const int length = static_cast<int>(std::max(field.length(), 1u));
   switch (field.type()) {
     case kText:
-    case kDbPopup:
       return new LineControl(slot, length, parent);
+    case kDbPopup:
+      return CreateDbPopupControl(db, slot, options, parent);
     case kNote:
       return new NoteControl(slot, std::min(length, 2001), parent);
     case kInteger:

@@ -1,11 +1,14 @@
 #include "app/link_controls.h"
 
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 #include "app/linked_navigation.h"
 #include "engine/field_settings.h"
@@ -42,7 +45,6 @@ class LinkControl : public FieldControl {
     } else {
       list_ = new QListWidget(box_);
       list_->setObjectName("linkedRecords");
-      list_->setMaximumHeight(112);
       list_->setFocusPolicy(Qt::ClickFocus);
       list_->setSelectionMode(QAbstractItemView::NoSelection);
       auto* row = new QHBoxLayout;
@@ -96,6 +98,9 @@ class LinkControl : public FieldControl {
     }
     for (const std::string& t : *texts) list_->addItem(t.empty() ? tr("(empty)") : Wide(t));
     list_->setVisible(!texts->empty());
+    // As tall as its records, two to six rows; more scroll.
+    const int row = list_->count() > 0 ? list_->sizeHintForRow(0) : list_->fontMetrics().height();
+    list_->setFixedHeight(std::clamp(list_->count(), 2, 6) * row + 2 * list_->frameWidth() + 4);
     summary_->setText(texts->empty() ? tr("no linked records in %1 yet").arg(target_)
                       : texts->size() == 1 ? tr("1 linked record in %1").arg(target_)
                                            : tr("%1 linked records in %2")
@@ -114,7 +119,72 @@ class LinkControl : public FieldControl {
   Bytes value_;
 };
 
+class DbPopupControl : public FieldControl {
+ public:
+  DbPopupControl(const Database& db, int slot, const FormatOptions& options, QWidget* parent)
+      : FieldControl(slot, parent) {
+    ConstFieldDefinition field = db.definition().field(slot);
+    limit_ = static_cast<int>(std::max(field.length(), 1u));
+    combo_ = new QComboBox(parent);
+    combo_->setEditable(true);
+    combo_->setInsertPolicy(QComboBox::NoInsert);
+    combo_->lineEdit()->setMaxLength(limit_);
+    const int source = field.bytes()[link_settings::kSourceField];
+    if (auto other = ReadLinkedQuietly(db, slot); other && source < kFieldSlots) {
+      for (std::uint32_t n : other->visible) {
+        combo_->addItem(Wide(Cp1252ToUtf8(RecordValueText(*other, n, source, options))));
+        records_.push_back(n);
+      }
+    }
+    combo_->setToolTip(tr("A value of %1").arg(Wide(Cp1252ToUtf8(LinkTarget(field)))));
+    connect(combo_->lineEdit(), &QLineEdit::textEdited, this, [this] {
+      picked_.reset();
+      emit edited();
+    });
+    connect(combo_, &QComboBox::activated, this, [this](int index) {
+      if (index < 0 || index >= static_cast<int>(records_.size())) return;
+      picked_ = records_[static_cast<std::size_t>(index)];
+      emit edited();
+      emit linkRequested(this->slot());
+    });
+  }
+  QWidget* widget() const override { return combo_; }
+  void Load(std::span<const std::uint8_t> value) override {
+    picked_.reset();
+    combo_->setCurrentIndex(-1);
+    combo_->setEditText(Wide(Cp1252ToUtf8(ValueText(value))));
+  }
+  std::optional<Bytes> Value() const override {
+    return TextValue(Utf8ToCp1252(combo_->currentText().left(limit_).toStdString()));
+  }
+  void SetReadOnly(bool on) override { combo_->setEnabled(!on); }
+  bool SetText(const QString& text) override {
+    if (!combo_->isEnabled()) return false;
+    combo_->setEditText(text);
+    emit edited();
+    return combo_->currentText() == text;
+  }
+  QString text() const override { return combo_->currentText(); }
+  std::optional<std::uint32_t> picked() const { return picked_; }
+
+ private:
+  QComboBox* combo_;
+  int limit_;
+  std::vector<std::uint32_t> records_;
+  std::optional<std::uint32_t> picked_;
+};
+
 }  // namespace
+
+std::optional<std::uint32_t> PickedRecord(const FieldControl* control) {
+  auto* popup = dynamic_cast<const DbPopupControl*>(control);
+  return popup ? popup->picked() : std::nullopt;
+}
+
+FieldControl* CreateDbPopupControl(const Database& db, int slot, const FormatOptions& options,
+                                   QWidget* parent) {
+  return new DbPopupControl(db, slot, options, parent);
+}
 
 FieldControl* CreateLinkControl(const Database& db, int slot, const FormatOptions& options,
                                 QWidget* parent) {

@@ -36,7 +36,11 @@ bool FollowLink(Workspace& workspace, AccessGate& access, int slot, std::uint32_
     return false;
   }
   Database& parent = workspace.current();
-  std::uint32_t key = EnsureLinkKey(parent, slot, number);
+  if (parent.definition().field_type(slot) == kRelationship && LinkKey(parent, slot, number) == 0) {
+    // A Relationship whose key field is empty relates to nothing.
+    workspace.prompter.message(kNoRelationshipKey, "Error", Icon::Information);
+    return false;
+  }
   auto open = OpenTable(workspace);
   LinkedOpen linked =
       OpenLinkedDatabase(parent, slot, number, open, workspace.prompter, GateAccess(workspace, access));
@@ -47,6 +51,8 @@ bool FollowLink(Workspace& workspace, AccessGate& access, int slot, std::uint32_
         Icon::Exclamation);
     return false;
   }
+  // A Link followed for the first time gets its key now, when it leads somewhere.
+  const std::uint32_t key = EnsureLinkKey(parent, slot, number);
   parent.current = number;
   Database& child = *linked.opened;
   PositionOpenedDatabase(workspace, child);
@@ -90,21 +96,27 @@ void LinkNewRecord(Workspace& workspace, const Database& db, RecordValues& value
                  ParentShownText(parent, parent.current, workspace.options), values);
 }
 
-std::optional<std::vector<std::string>> LinkedRecordTexts(const Database& db, int slot,
-                                                          std::uint32_t key,
-                                                          const FormatOptions& options) {
-  if (key == 0) return std::vector<std::string>{};
+std::unique_ptr<Database> ReadLinkedQuietly(const Database& db, int slot) {
   SilentPrompter quiet;
   LinkedOpen linked = OpenLinkedDatabase(db, slot, kNewRecord, {}, quiet, [](Database& other) {
     // Only what anyone may read: no password asked from inside a record.
     return GetAccess(other.definition(), kOpenDatabase) == kFullAccess &&
            !IsDatabaseEnciphered(other.definition());
   });
-  if (!linked.db) return std::nullopt;
+  if (linked.opened) ShowAllRecords(*linked.opened);
+  return std::move(linked.opened);
+}
+
+std::optional<std::vector<std::string>> LinkedRecordTexts(const Database& db, int slot,
+                                                          std::uint32_t key,
+                                                          const FormatOptions& options) {
+  if (key == 0) return std::vector<std::string>{};
+  auto other = ReadLinkedQuietly(db, slot);
+  if (!other) return std::nullopt;
   std::vector<std::string> texts;
-  int lookup = linked.db->definition().lookup_field();
-  for (std::uint32_t r : LinkedRecords(*linked.db, ChildKeyField(db, slot, *linked.db), key))
-    texts.push_back(Cp1252ToUtf8(RecordValueText(*linked.db, r, lookup, options)));
+  int lookup = other->definition().lookup_field();
+  for (std::uint32_t r : LinkedRecords(*other, ChildKeyField(db, slot, *other), key))
+    texts.push_back(Cp1252ToUtf8(RecordValueText(*other, r, lookup, options)));
   return texts;
 }
 

@@ -20,6 +20,8 @@ class FileFlows;
 
 inline constexpr const char* kStackFull =
     "Only four databases can be open at once. Go back before following another link.";
+inline constexpr const char* kNoRelationshipKey =
+    "This record has no value in the field its relationship is matched by.";
 inline constexpr const char* kAlreadyOpenBelow =
     "The linked database (%s) is already open. Go back to it to work with it.";
 
@@ -45,6 +47,10 @@ std::vector<std::string> Breadcrumb(Workspace& workspace);
 
 // A record added under the linked-record restriction belongs to the parent record below.
 void LinkNewRecord(Workspace& workspace, const Database& db, RecordValues& values);
+
+// The database field `slot` reaches, read from the file without asking anything; nothing when
+// it cannot be found or read without a password. For showing values inside a record.
+std::unique_ptr<Database> ReadLinkedQuietly(const Database& db, int slot);
 
 // The display texts (look-up field) of the records that carry `key` of Link field `slot`, read
 // from the file without asking anything; nothing when the database cannot be found or read

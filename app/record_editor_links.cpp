@@ -4,6 +4,7 @@
 #include <QInputDialog>
 
 #include "app/field_controls.h"
+#include "app/link_controls.h"
 #include "app/linked_navigation.h"
 #include "app/record_editor_dialog.h"
 #include "engine/format.h"
@@ -40,7 +41,21 @@ std::optional<std::uint32_t> ChooseParentRecord(QWidget* parent, const Database&
 }  // namespace
 
 void RecordEditorDialog::LinkRequested(int slot) {
-  if (db_.definition().field_type(slot) == kLinked) {
+  const unsigned type = db_.definition().field_type(slot);
+  if (type == kDbPopup) {
+    // The paired DB Popup fields take their values from the same record.
+    auto picked = PickedRecord(control(slot));
+    auto other = picked ? ReadLinkedQuietly(db_, slot) : nullptr;
+    if (!other) return;
+    RecordValues values;
+    FillDbPopups(db_, slot, *other, *picked, workspace_.options, values);
+    for (int s = 0; s < kFieldSlots; ++s)
+      if (s != slot && values.present[static_cast<std::size_t>(s)] && control(s))
+        control(s)->Load(values.values[static_cast<std::size_t>(s)]);
+    dirty_ = true;
+    return;
+  }
+  if (type == kLinked) {
     if (view_only_ || number_ == kNewRecord) return;
     db_.current = number_;
     auto value = ReassignValue(workspace_, access_, db_, slot, [this](const Database& parent) {

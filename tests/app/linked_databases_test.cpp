@@ -3,6 +3,7 @@
 // project's key, a task is reassigned to another project, and deleting a project deletes its
 // tasks. Pictures of the parent record and of the restricted list are written on the way.
 
+#include <QComboBox>
 #include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
@@ -14,6 +15,7 @@
 #include "app/linked_navigation.h"
 #include "app/main_window.h"
 #include "app/record_editor_dialog.h"
+#include "engine/field_settings.h"
 #include "processing/filter_dialog.h"
 #include "processing/linked_database.h"
 #include "tests/app/editor_harness.h"
@@ -48,6 +50,7 @@ class LinkedDatabasesTest : public QObject {
 
  private slots:
   void ParentChildGrandchildAndBack();
+  void DbPopupPicksAndFillsItsPair();
 };
 
 void LinkedDatabasesTest::ParentChildGrandchildAndBack() {
@@ -141,6 +144,39 @@ void LinkedDatabasesTest::ParentChildGrandchildAndBack() {
   QVERIFY(LoadDatabase(saved, family.tasks, h.prompter));
   ShowAllRecords(saved);
   QCOMPARE(VisibleNames(saved), (std::vector<std::string>{"Sweep", "Water"}));
+}
+
+void LinkedDatabasesTest::DbPopupPicksAndFillsItsPair() {
+  test::EditorHarness h;
+  test::SaveLinkedFamily(h.paths.DataFolder());
+  auto orders = test::DatabaseBuilder("Orders").Field("Order", kText).Field("Project", kDbPopup)
+                    .Field("Billed to", kDbPopup).Field("Other", kDbPopup).Row({"1", "", "", ""})
+                    .Build();
+  for (int s = 1; s <= 3; ++s) {
+    FieldDefinition f = orders->definition().field(s);
+    SetLinkTarget(f, "Projects");
+    f.bytes()[link_settings::kSourceField] = 0;
+    f.bytes()[link_settings::kPairGroup] = s == 3 ? 2 : 1;
+  }
+  const std::string path = h.paths.DataFolder() + "/Orders.PDB";
+  orders->path = path;
+  QVERIFY(SaveDatabase(*orders, h.clock));
+  app::MainWindow& window = h.application.window();
+  QVERIFY(window.flows().OpenDatabaseFile(path));
+  window.panel()->Refresh();
+  OnRecord(window, 0, [](app::RecordEditorDialog* editor) {
+    auto* combo = qobject_cast<QComboBox*>(editor->control(1)->widget());
+    QVERIFY(combo);
+    QCOMPARE(combo->count(), 2);
+    combo->setCurrentIndex(1);
+    emit combo->activated(1);
+    QCOMPARE(editor->control(2)->text(), QString("Garage"));
+    QCOMPARE(editor->control(3)->text(), QString());
+    editor->accept();
+  });
+  const Database& db = h.workspace().current();
+  QCOMPARE(RecordValueText(db, 0, 1, {}), std::string("Garage"));
+  QCOMPARE(RecordValueText(db, 0, 2, {}), std::string("Garage"));
 }
 
 QTEST_MAIN(LinkedDatabasesTest)
