@@ -147,7 +147,11 @@ std::optional<Bytes> ReassignValue(Workspace& workspace, AccessGate& access, Dat
     return std::nullopt;
   std::uint32_t key = EnsureLinkKey(parent, link, *picked);
   // A parent opened only for this keeps its new key on disk before any record carries it.
-  if (linked.opened && parent.changed) SaveDatabase(parent, workspace.clock);
+  SaveOutcome outcome;
+  if (linked.opened && parent.changed && !SaveDatabase(parent, workspace.clock, &outcome)) {
+    workspace.prompter.message(SaveFailureText(outcome, parent.path), "ERROR", Icon::Exclamation);
+    return std::nullopt;
+  }
   return LinkedValue(key, ParentShownText(parent, *picked, workspace.options));
 }
 

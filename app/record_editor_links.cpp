@@ -56,8 +56,8 @@ void RecordEditorDialog::LinkRequested(int slot) {
     return;
   }
   if (type == kLinked) {
-    if (view_only_ || number_ == kNewRecord) return;
-    db_.current = number_;
+    if (view_only_) return;
+    if (number_ != kNewRecord) db_.current = number_;
     auto value = ReassignValue(workspace_, access_, db_, slot, [this](const Database& parent) {
       return ChooseParentRecord(this, parent, workspace_.options);
     });

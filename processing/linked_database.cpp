@@ -193,9 +193,10 @@ bool ReassignLinkedRecord(Database& child, std::uint32_t number, int child_field
 
 std::vector<LinkKeys> LinkKeysOf(const Database& db, std::span<const std::uint32_t> records) {
   std::vector<LinkKeys> result;
+  // Only Link fields own their records; a Relationship merely matches numbers, so the records
+  // it reaches are never deleted with it.
   for (int slot = 0; slot < kFieldSlots; ++slot) {
-    unsigned type = db.definition().field_type(slot);
-    if (type != kLink && type != kRelationship) continue;
+    if (db.definition().field_type(slot) != kLink) continue;
     LinkKeys keys{slot, {}};
     for (std::uint32_t n : records)
       if (std::uint32_t key = LinkKey(db, slot, n)) keys.keys.push_back(key);

@@ -107,7 +107,8 @@ void BelongToParent(const Database& child, int child_field, std::uint32_t key,
 bool ReassignLinkedRecord(Database& child, std::uint32_t number, int child_field,
                           std::uint32_t key, std::string_view shown);
 
-// The keys the Link fields of `records` carry, per Link field slot, for deleting linked records.
+// The keys the Link fields of `records` carry, per Link field slot, for deleting linked records
+// (Relationship fields are left out: what they reach is not theirs).
 struct LinkKeys {
   int slot = -1;
   std::vector<std::uint32_t> keys;

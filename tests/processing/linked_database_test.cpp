@@ -171,6 +171,24 @@ TEST_F(LinkedDatabaseTest, AddReassignAndDeleteThroughTheLink) {
   EXPECT_EQ(RecordValueText(*tasks, 0, 0, {}), "Sweep");
 }
 
+TEST_F(LinkedDatabaseTest, RelationshipMatchesNumberFieldsAndOwnsNothing) {
+  auto orders = test::DatabaseBuilder("Orders").Field("Customer", kInteger).Field("Lines", kRelationship)
+                    .Row({"42"}).Row({"0"}).Build();
+  auto lines = test::DatabaseBuilder("Lines").Field("Item", kText).Field("Customer", kInteger)
+                   .Row({"bolt", "42"}).Row({"nut", "7"}).Row({"washer", "42"}).Build();
+  FieldDefinition f = orders->definition().field(1);
+  f.bytes()[link_settings::kSourceField] = 0;
+  f.bytes()[link_settings::kOtherField] = 1;
+  EXPECT_EQ(ChildKeyField(*orders, 1, *lines), 1);
+  EXPECT_EQ(LinkKey(*orders, 1, 0), 42u);
+  EXPECT_EQ(EnsureLinkKey(*orders, 1, 1), 0u);  // an empty key field is not given a number
+  EXPECT_EQ(LinkedRecords(*lines, 1, 42), (std::vector<std::uint32_t>{0, 2}));
+  f.bytes()[link_settings::kOtherField] = 0;  // a Text field cannot hold the key
+  EXPECT_EQ(ChildKeyField(*orders, 1, *lines), -1);
+  std::vector<std::uint32_t> all{0, 1};
+  EXPECT_TRUE(LinkKeysOf(*orders, all).empty());
+}
+
 TEST_F(LinkedDatabaseTest, DbPopupFillsItsPairedFields) {
   auto db = test::DatabaseBuilder("Orders").Field("Project", kDbPopup).Field("Code", kDbPopup)
                 .Field("Other", kDbPopup).Row({"", "", ""}).Build();
