@@ -7,6 +7,7 @@
 #include "cli/command.h"
 #include "cli/output.h"
 #include "cli/record_selection.h"
+#include "engine/container.h"
 #include "engine/field_settings.h"
 #include "engine/file_lock.h"
 #include "engine/text.h"
@@ -98,6 +99,59 @@ int Link(CliContext& context, const QStringList& arguments) {
 }
 
 }  // namespace
+
+void AddLinkFieldOptions(QCommandLineParser& parser) {
+  parser.addOption({"link-field",
+                    "The linked database's field: shown by a DB Popup, matched by a Link or "
+                    "Relationship.",
+                    "name"});
+  parser.addOption({"key-field", "The number field a Relationship matches by.", "name"});
+  parser.addOption({"pair", "DB Popup fields with the same group (1-255) are filled together.",
+                    "n"});
+}
+
+bool ApplyLinkFieldOptions(CliContext& context, Database& db, int slot,
+                           const QCommandLineParser& parser) {
+  FieldDefinition f = db.definition().field(slot);
+  const unsigned type = f.type();
+  auto refuse = [&](const std::string& text) {
+    context.Error(text);
+    return false;
+  };
+  if (parser.isSet("key-field")) {
+    if (type != kRelationship) return refuse("--key-field is for Relationship fields");
+    auto key = db.definition().FindField(Utf8ToCp1252(parser.value("key-field").toStdString()));
+    unsigned key_type = key ? db.definition().field_type(*key) : unsigned{kNotUsed};
+    if (key_type != kInteger && key_type != kUnique)
+      return refuse("--key-field names an Integer or Unique field of this database");
+    f.bytes()[link_settings::kSourceField] = static_cast<std::uint8_t>(*key);
+  }
+  if (parser.isSet("pair")) {
+    bool ok = false;
+    uint group = parser.value("pair").toUInt(&ok);
+    if (type != kDbPopup) return refuse("--pair is for DB Popup fields");
+    if (!ok || group > 255) return refuse("a pair group is a number from 0 (none) to 255");
+    f.bytes()[link_settings::kPairGroup] = static_cast<std::uint8_t>(group);
+  }
+  if (parser.isSet("link-field")) {
+    if (type != kDbPopup && type != kLink && type != kRelationship)
+      return refuse("--link-field is for DB Popup, Link and Relationship fields");
+    // The name is looked up in the linked database's own schema, found as links find it.
+    auto path = FindDatabaseByName(LinkTarget(f), db.path);
+    Database other;
+    SilentPrompter quiet;
+    if (!path || !LoadDatabase(other, *path, quiet, LoadParts::Schema))
+      return refuse(std::string(kLinkedNotPresent) + " (" + Cp1252ToUtf8(LinkTarget(f)) + ")");
+    auto field =
+        other.definition().FindField(Utf8ToCp1252(parser.value("link-field").toStdString()));
+    if (!field)
+      return refuse("no field named '" + parser.value("link-field").toStdString() + "' in '" +
+                    Cp1252ToUtf8(other.header.Name()) + "'");
+    f.bytes()[type == kDbPopup ? link_settings::kSourceField : link_settings::kOtherField] =
+        static_cast<std::uint8_t>(*field);
+  }
+  return true;
+}
 
 LinkAccessCheck LinkedAccess(CliContext& context) {
   return [&context](Database& db) {

@@ -1,6 +1,7 @@
 #pragma once
 // qvdb link, and the --linked-to option of qvdb add: records reached through Link fields.
 
+#include <QCommandLineParser>
 #include <QString>
 #include <memory>
 
@@ -13,6 +14,15 @@ namespace qv::cli {
 // The access check a linked database gets: Open Database, its encryption password, and what a
 // password at hand deciphers.
 LinkAccessCheck LinkedAccess(CliContext& context);
+
+// Adds --link-field, --key-field and --pair to `qvdb field`.
+void AddLinkFieldOptions(QCommandLineParser& parser);
+// Applies them to field `slot`: --link-field names the other database's field (the value a DB
+// Popup shows; the field a Link or Relationship matches), --key-field this database's number
+// field a Relationship matches by, --pair the group of paired DB Popup fields. False (said)
+// when an option does not fit the field or names no field.
+bool ApplyLinkFieldOptions(CliContext& context, Database& db, int slot,
+                           const QCommandLineParser& parser);
 
 // The parent record a new record is added under: `PARENT.PDB:RECORD:FIELD`.
 class LinkedParent {

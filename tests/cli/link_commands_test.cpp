@@ -36,6 +36,22 @@ TEST_F(LinkCommandsTest, ListsTheRecordsThatBelongAndAddsUnderAParent) {
   EXPECT_EQ(steps.out, "Step\nSpade\nGloves\n");
 }
 
+TEST_F(LinkCommandsTest, ARelationshipIsSetUpAndFollowedByItsNumberFields) {
+  const std::string orders = folder_.Path("Orders.PDB");
+  ASSERT_EQ(RunQvdb({"new", orders, "--name", "Orders", "--field", "Item:Text", "--field",
+                     "Step:Integer"}).exit_code, 0);
+  ASSERT_EQ(RunQvdb({"field", family_.steps, "add", "No:Integer"}).exit_code, 0);
+  ASSERT_EQ(RunQvdb({"set", family_.steps, "2", "No=5"}).exit_code, 0);
+  QvdbResult added = RunQvdb({"field", orders, "add", "For:Relationship", "--link-to", "Steps",
+                              "--key-field", "Step", "--link-field", "No"});
+  ASSERT_EQ(added.exit_code, 0) << added.err;
+  ASSERT_EQ(RunQvdb({"add", orders, "Item=glue", "Step=5"}).exit_code, 0);
+  QvdbResult related = RunQvdb({"link", orders, "1", "For", "--fields", "Step"});
+  EXPECT_EQ(related.out, "Step\nGloves\n") << related.err;
+  EXPECT_EQ(RunQvdb({"field", orders, "set", "Item", "--key-field", "Step"}).exit_code, 1);
+  EXPECT_EQ(RunQvdb({"field", orders, "set", "For", "--link-field", "Nothing"}).exit_code, 1);
+}
+
 TEST_F(LinkCommandsTest, RefusesWithTheSystemsMessagesAndBadSpecs) {
   QvdbResult wrong = RunQvdb({"add", family_.steps, "Step=x", "--linked-to",
                               family_.projects + ":1:Tasks"});
