@@ -16,8 +16,9 @@ LinkBar::LinkBar(Workspace& workspace, FileFlows& flows, QWidget* parent)
   layout->setContentsMargins(8, 2, 8, 2);
   back_ = new QPushButton(style()->standardIcon(QStyle::SP_ArrowBack), tr("Back"), this);
   back_->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Left));
-  back_->setToolTip(tr("Close this linked database and return to the one it was opened from "
-                       "(Alt+Left)"));
+  back_->setToolTip(
+      tr("Close this linked database and return to the one it was opened from "
+         "(Alt+Left)"));
   crumbs_ = new QLabel(this);
   crumbs_->setTextFormat(Qt::RichText);
   layout->addWidget(back_);

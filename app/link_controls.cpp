@@ -7,7 +7,6 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
-
 #include <algorithm>
 
 #include "app/linked_navigation.h"
@@ -19,7 +18,9 @@ namespace qv::app {
 
 namespace {
 
-QString Wide(const std::string& utf8) { return QString::fromStdString(utf8); }
+QString Wide(const std::string& utf8) {
+  return QString::fromStdString(utf8);
+}
 
 class LinkControl : public FieldControl {
  public:
@@ -63,9 +64,10 @@ class LinkControl : public FieldControl {
   void Load(std::span<const std::uint8_t> value) override {
     value_.assign(value.begin(), value.end());
     if (shown_) {
-      shown_->setText(value.size() > link_settings::kLinkedBlock
-                          ? Wide(Cp1252ToUtf8(ValueText(value.subspan(link_settings::kLinkedBlock))))
-                          : QString());
+      shown_->setText(
+          value.size() > link_settings::kLinkedBlock
+              ? Wide(Cp1252ToUtf8(ValueText(value.subspan(link_settings::kLinkedBlock))))
+              : QString());
       return;
     }
     FillList();
@@ -84,7 +86,8 @@ class LinkControl : public FieldControl {
  private:
   void FillList() {
     list_->clear();
-    const std::uint32_t key = db_.definition().field_type(slot()) == kLink ? ValueUInt32(value_) : 0;
+    const std::uint32_t key =
+        db_.definition().field_type(slot()) == kLink ? ValueUInt32(value_) : 0;
     if (db_.definition().field_type(slot()) != kLink) {
       list_->hide();
       summary_->setText(tr("records of %1").arg(target_));
@@ -102,10 +105,9 @@ class LinkControl : public FieldControl {
     const int row = list_->count() > 0 ? list_->sizeHintForRow(0) : list_->fontMetrics().height();
     list_->setFixedHeight(std::clamp(list_->count(), 2, 6) * row + 2 * list_->frameWidth() + 4);
     summary_->setText(texts->empty() ? tr("no linked records in %1 yet").arg(target_)
-                      : texts->size() == 1 ? tr("1 linked record in %1").arg(target_)
-                                           : tr("%1 linked records in %2")
-                                                 .arg(texts->size())
-                                                 .arg(target_));
+                      : texts->size() == 1
+                          ? tr("1 linked record in %1").arg(target_)
+                          : tr("%1 linked records in %2").arg(texts->size()).arg(target_));
   }
 
   const Database& db_;

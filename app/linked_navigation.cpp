@@ -42,8 +42,8 @@ bool FollowLink(Workspace& workspace, AccessGate& access, int slot, std::uint32_
     return false;
   }
   auto open = OpenTable(workspace);
-  LinkedOpen linked =
-      OpenLinkedDatabase(parent, slot, number, open, workspace.prompter, GateAccess(workspace, access));
+  LinkedOpen linked = OpenLinkedDatabase(parent, slot, number, open, workspace.prompter,
+                                         GateAccess(workspace, access));
   if (!linked.db) return false;
   if (!linked.opened) {
     workspace.prompter.message(
@@ -122,8 +122,7 @@ std::optional<std::vector<std::string>> LinkedRecordTexts(const Database& db, in
 
 std::optional<Bytes> ReassignValue(Workspace& workspace, AccessGate& access, Database& child,
                                    int slot, const ParentChooser& choose) {
-  if (access.CheckAccess(workspace, child, Guarded::EditRecords, true) !=
-      kAccessFull)
+  if (access.CheckAccess(workspace, child, Guarded::EditRecords, true) != kAccessFull)
     return std::nullopt;
   auto open = OpenTable(workspace);
   LinkedOpen linked = OpenLinkedDatabase(child, slot, child.current, open, workspace.prompter,
@@ -142,8 +141,8 @@ std::optional<Bytes> ReassignValue(Workspace& workspace, AccessGate& access, Dat
   }
   auto picked = choose(parent);
   if (!picked || *picked >= parent.count()) return std::nullopt;
-  if (workspace.prompter.ask(kReassignQuestion, kQuestionCaption, Buttons::YesNo,
-                             Icon::Question) != Answer::Yes)
+  if (workspace.prompter.ask(kReassignQuestion, kQuestionCaption, Buttons::YesNo, Icon::Question) !=
+      Answer::Yes)
     return std::nullopt;
   std::uint32_t key = EnsureLinkKey(parent, link, *picked);
   // A parent opened only for this keeps its new key on disk before any record carries it.
@@ -172,8 +171,8 @@ std::uint32_t DeleteLinkedRecordsOf(Workspace& workspace, AccessGate& access, co
   for (const LinkKeys& k : keys) {
     auto open = OpenTable(workspace);
     // The first record with this key stands for all in the request; only the key set matters.
-    LinkedOpen linked = OpenLinkedDatabase(db, k.slot, 0, open, workspace.prompter,
-                                           GateAccess(workspace, access));
+    LinkedOpen linked =
+        OpenLinkedDatabase(db, k.slot, 0, open, workspace.prompter, GateAccess(workspace, access));
     if (!linked.db) continue;
     if (access.CheckAccess(workspace, *linked.db, Guarded::DeleteRecords, true) != kAccessFull)
       continue;

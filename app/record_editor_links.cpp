@@ -28,14 +28,14 @@ std::optional<std::uint32_t> ChooseParentRecord(QWidget* parent, const Database&
   }
   if (items.isEmpty()) return std::nullopt;
   bool ok = false;
-  QString chosen = QInputDialog::getItem(
-      parent, QObject::tr("Reassign"),
-      QObject::tr("The record of %1 this record belongs to:")
-          .arg(QString::fromStdString(Cp1252ToUtf8(db.name))),
-      items, 0, false, &ok);
+  QString chosen = QInputDialog::getItem(parent, QObject::tr("Reassign"),
+                                         QObject::tr("The record of %1 this record belongs to:")
+                                             .arg(QString::fromStdString(Cp1252ToUtf8(db.name))),
+                                         items, 0, false, &ok);
   if (!ok) return std::nullopt;
   int at = static_cast<int>(items.indexOf(chosen));
-  return at < 0 ? std::nullopt : std::optional<std::uint32_t>(numbers[static_cast<std::size_t>(at)]);
+  return at < 0 ? std::nullopt
+                : std::optional<std::uint32_t>(numbers[static_cast<std::size_t>(at)]);
 }
 
 }  // namespace

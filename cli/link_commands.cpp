@@ -59,7 +59,7 @@ int PrintRecords(CliContext& context, const QCommandLineParser& parser, const Da
     JsonOptions json{.typed = !parser.isSet("raw"), .lines = format == "jsonl"};
     std::cout << RecordsAsJson(db, records, *fields, json, context.options);
   } else {
-    TableFormat table = format == "tsv" ? TableFormat::Tsv
+    TableFormat table = format == "tsv"   ? TableFormat::Tsv
                         : format == "csv" ? TableFormat::Csv
                                           : TableFormat::Text;
     WriteTable(RecordTable(db, records, *fields, context.options, parser.isSet("numbers")), table,
@@ -106,8 +106,8 @@ void AddLinkFieldOptions(QCommandLineParser& parser) {
                     "Relationship.",
                     "name"});
   parser.addOption({"key-field", "The number field a Relationship matches by.", "name"});
-  parser.addOption({"pair", "DB Popup fields with the same group (1-255) are filled together.",
-                    "n"});
+  parser.addOption(
+      {"pair", "DB Popup fields with the same group (1-255) are filled together.", "n"});
 }
 
 bool ApplyLinkFieldOptions(CliContext& context, Database& db, int slot,

@@ -95,7 +95,8 @@ LinkedOpen OpenLinkedDatabase(const Database& db, int slot, std::uint32_t number
 int ChildKeyField(const Database& parent, int slot, const Database& child) {
   unsigned type = parent.definition().field_type(slot);
   int named = SettingsByte(parent, slot, kOtherField);
-  unsigned named_type = named < kFieldSlots ? child.definition().field_type(named) : unsigned{kNotUsed};
+  unsigned named_type =
+      named < kFieldSlots ? child.definition().field_type(named) : unsigned{kNotUsed};
   if (type == kRelationship) return HoldsKey(named_type) ? named : -1;
   if (named_type == kLinked) return named;
   int first_linked = -1;
@@ -179,8 +180,8 @@ void BelongToParent(const Database& child, int child_field, std::uint32_t key,
     values.Set(child_field, UInt32Value(key));
 }
 
-bool ReassignLinkedRecord(Database& child, std::uint32_t number, int child_field,
-                          std::uint32_t key, std::string_view shown) {
+bool ReassignLinkedRecord(Database& child, std::uint32_t number, int child_field, std::uint32_t key,
+                          std::string_view shown) {
   if (number >= child.count() || child_field < 0) return false;
   RecordValues values;
   BelongToParent(child, child_field, key, shown, values);

@@ -40,10 +40,10 @@ inline constexpr std::size_t kLinkedTextMax = 255;
 
 // What a caller gets to select the linked records with.
 struct LinkRequest {
-  std::uint32_t key = 0;       // the parent's link key
-  std::uint8_t field_byte = 0; // the Link field's byte 65
-  std::uint32_t record = 0;    // the parent record's number
-  Bytes area;                  // the record's prefix body; empty when its prefix byte is 0
+  std::uint32_t key = 0;        // the parent's link key
+  std::uint8_t field_byte = 0;  // the Link field's byte 65
+  std::uint32_t record = 0;     // the parent record's number
+  Bytes area;                   // the record's prefix body; empty when its prefix byte is 0
 };
 
 // The access check applied to a linked database (it speaks for itself on refusal): false
@@ -104,8 +104,8 @@ void BelongToParent(const Database& child, int child_field, std::uint32_t key,
                     std::string_view shown, RecordValues& values);
 
 // Makes child record `number` belong to another parent record. False when the record is gone.
-bool ReassignLinkedRecord(Database& child, std::uint32_t number, int child_field,
-                          std::uint32_t key, std::string_view shown);
+bool ReassignLinkedRecord(Database& child, std::uint32_t number, int child_field, std::uint32_t key,
+                          std::string_view shown);
 
 // The keys the Link fields of `records` carry, per Link field slot, for deleting linked records
 // (Relationship fields are left out: what they reach is not theirs).

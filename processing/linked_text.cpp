@@ -6,7 +6,9 @@ namespace qv {
 
 LinkedTextWriter::LinkedTextWriter(std::vector<Database*> open, Prompter& prompter,
                                    LinkAccessCheck access, FormatOptions options)
-    : open_(std::move(open)), prompter_(prompter), access_(std::move(access)),
+    : open_(std::move(open)),
+      prompter_(prompter),
+      access_(std::move(access)),
       options_(std::move(options)) {}
 
 LinkedRecordsWriter LinkedTextWriter::writer() {

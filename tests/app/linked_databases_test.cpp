@@ -149,8 +149,12 @@ void LinkedDatabasesTest::ParentChildGrandchildAndBack() {
 void LinkedDatabasesTest::DbPopupPicksAndFillsItsPair() {
   test::EditorHarness h;
   test::SaveLinkedFamily(h.paths.DataFolder());
-  auto orders = test::DatabaseBuilder("Orders").Field("Order", kText).Field("Project", kDbPopup)
-                    .Field("Billed to", kDbPopup).Field("Other", kDbPopup).Row({"1", "", "", ""})
+  auto orders = test::DatabaseBuilder("Orders")
+                    .Field("Order", kText)
+                    .Field("Project", kDbPopup)
+                    .Field("Billed to", kDbPopup)
+                    .Field("Other", kDbPopup)
+                    .Row({"1", "", "", ""})
                     .Build();
   for (int s = 1; s <= 3; ++s) {
     FieldDefinition f = orders->definition().field(s);

@@ -17,15 +17,15 @@ class LinkCommandsTest : public ::testing::Test {
 };
 
 TEST_F(LinkCommandsTest, ListsTheRecordsThatBelongAndAddsUnderAParent) {
-  QvdbResult garden = RunQvdb({"link", family_.projects, "1", "Tasks", "--format", "csv", "--fields",
-                                "Task,Project"});
+  QvdbResult garden = RunQvdb(
+      {"link", family_.projects, "1", "Tasks", "--format", "csv", "--fields", "Task,Project"});
   EXPECT_EQ(garden.exit_code, 0) << garden.err;
   EXPECT_EQ(garden.out, "Task,Project\nDig,Garden\nPlant,Garden\n");
 
   // A parent without a key yet gets one, saved before the child record is.
   ASSERT_EQ(RunQvdb({"add", family_.projects, "Name=Shed"}).exit_code, 0);
-  QvdbResult added = RunQvdb({"add", family_.tasks, "Task=Paint", "--linked-to",
-                              family_.projects + ":3:Tasks"});
+  QvdbResult added =
+      RunQvdb({"add", family_.tasks, "Task=Paint", "--linked-to", family_.projects + ":3:Tasks"});
   EXPECT_EQ(added.exit_code, 0) << added.err;
   QvdbResult keys = RunQvdb({"list", family_.projects, "--format", "csv"});
   EXPECT_NE(keys.out.find("Shed,3"), std::string::npos) << keys.out;
@@ -39,7 +39,9 @@ TEST_F(LinkCommandsTest, ListsTheRecordsThatBelongAndAddsUnderAParent) {
 TEST_F(LinkCommandsTest, ARelationshipIsSetUpAndFollowedByItsNumberFields) {
   const std::string orders = folder_.Path("Orders.PDB");
   ASSERT_EQ(RunQvdb({"new", orders, "--name", "Orders", "--field", "Item:Text", "--field",
-                     "Step:Integer"}).exit_code, 0);
+                     "Step:Integer"})
+                .exit_code,
+            0);
   ASSERT_EQ(RunQvdb({"field", family_.steps, "add", "No:Integer"}).exit_code, 0);
   ASSERT_EQ(RunQvdb({"set", family_.steps, "2", "No=5"}).exit_code, 0);
   QvdbResult added = RunQvdb({"field", orders, "add", "For:Relationship", "--link-to", "Steps",
@@ -53,8 +55,8 @@ TEST_F(LinkCommandsTest, ARelationshipIsSetUpAndFollowedByItsNumberFields) {
 }
 
 TEST_F(LinkCommandsTest, RefusesWithTheSystemsMessagesAndBadSpecs) {
-  QvdbResult wrong = RunQvdb({"add", family_.steps, "Step=x", "--linked-to",
-                              family_.projects + ":1:Tasks"});
+  QvdbResult wrong =
+      RunQvdb({"add", family_.steps, "Step=x", "--linked-to", family_.projects + ":1:Tasks"});
   EXPECT_EQ(wrong.exit_code, 1);
   EXPECT_NE(wrong.err.find("links to 'Project Tasks', not to 'Steps'"), std::string::npos);
   EXPECT_EQ(RunQvdb({"add", family_.tasks, "Task=x", "--linked-to", "P.PDB:1"}).exit_code, 2);

@@ -172,10 +172,19 @@ TEST_F(LinkedDatabaseTest, AddReassignAndDeleteThroughTheLink) {
 }
 
 TEST_F(LinkedDatabaseTest, RelationshipMatchesNumberFieldsAndOwnsNothing) {
-  auto orders = test::DatabaseBuilder("Orders").Field("Customer", kInteger).Field("Lines", kRelationship)
-                    .Row({"42"}).Row({"0"}).Build();
-  auto lines = test::DatabaseBuilder("Lines").Field("Item", kText).Field("Customer", kInteger)
-                   .Row({"bolt", "42"}).Row({"nut", "7"}).Row({"washer", "42"}).Build();
+  auto orders = test::DatabaseBuilder("Orders")
+                    .Field("Customer", kInteger)
+                    .Field("Lines", kRelationship)
+                    .Row({"42"})
+                    .Row({"0"})
+                    .Build();
+  auto lines = test::DatabaseBuilder("Lines")
+                   .Field("Item", kText)
+                   .Field("Customer", kInteger)
+                   .Row({"bolt", "42"})
+                   .Row({"nut", "7"})
+                   .Row({"washer", "42"})
+                   .Build();
   FieldDefinition f = orders->definition().field(1);
   f.bytes()[link_settings::kSourceField] = 0;
   f.bytes()[link_settings::kOtherField] = 1;
@@ -190,8 +199,12 @@ TEST_F(LinkedDatabaseTest, RelationshipMatchesNumberFieldsAndOwnsNothing) {
 }
 
 TEST_F(LinkedDatabaseTest, DbPopupFillsItsPairedFields) {
-  auto db = test::DatabaseBuilder("Orders").Field("Project", kDbPopup).Field("Code", kDbPopup)
-                .Field("Other", kDbPopup).Row({"", "", ""}).Build();
+  auto db = test::DatabaseBuilder("Orders")
+                .Field("Project", kDbPopup)
+                .Field("Code", kDbPopup)
+                .Field("Other", kDbPopup)
+                .Row({"", "", ""})
+                .Build();
   for (int s = 0; s < 3; ++s) {
     SetLinkTarget(db->definition().field(s), "Projects");
     db->definition().field(s).bytes()[link_settings::kSourceField] = 0;
@@ -214,9 +227,9 @@ TEST_F(LinkedDatabaseTest, TextWriterIndentsLinkedRecordsThreeBlanksPerLevel) {
   EXPECT_EQ(out,
             "Name: Garden\n"
             "   Task: Dig\n   Project: Garden\n"
-            "      Step: Spade\n      Task: Dig\n" + rule +
-            "      Step: Gloves\n      Task: Dig\n" + rule + rule +
-            "   Task: Plant\n   Project: Garden\n" + rule + rule);
+            "      Step: Spade\n      Task: Dig\n" +
+                rule + "      Step: Gloves\n      Task: Dig\n" + rule + rule +
+                "   Task: Plant\n   Project: Garden\n" + rule + rule);
 }
 
 }  // namespace

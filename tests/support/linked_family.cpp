@@ -27,15 +27,25 @@ void SetKey(Database& db, std::uint32_t record, int slot, std::uint32_t key, con
 
 LinkedFamily SaveLinkedFamily(const std::string& folder) {
   LinkedFamily family{folder + "/Projects.PDB", folder + "/tasks-2026.PDB", folder + "/Steps.PDB"};
-  auto projects = DatabaseBuilder("Projects").Field("Name", kText).Field("Tasks", kLink)
-                      .Row({"Garden"}).Row({"Garage"}).Build();
+  auto projects = DatabaseBuilder("Projects")
+                      .Field("Name", kText)
+                      .Field("Tasks", kLink)
+                      .Row({"Garden"})
+                      .Row({"Garage"})
+                      .Build();
   SetLinkTarget(projects->definition().field(1), "Project Tasks");
   SetKey(*projects, 0, 1, 1, nullptr);
   SetKey(*projects, 1, 1, 2, nullptr);
   Save(*projects, family.projects);
 
-  auto tasks = DatabaseBuilder("Project Tasks").Field("Task", kText).Field("Project", kLinked)
-                   .Field("Steps", kLink).Row({"Dig"}).Row({"Plant"}).Row({"Sweep"}).Build();
+  auto tasks = DatabaseBuilder("Project Tasks")
+                   .Field("Task", kText)
+                   .Field("Project", kLinked)
+                   .Field("Steps", kLink)
+                   .Row({"Dig"})
+                   .Row({"Plant"})
+                   .Row({"Sweep"})
+                   .Build();
   SetLinkTarget(tasks->definition().field(1), "Projects");
   SetLinkTarget(tasks->definition().field(2), "Steps");
   SetKey(*tasks, 0, 1, 1, "Garden");
@@ -44,8 +54,12 @@ LinkedFamily SaveLinkedFamily(const std::string& folder) {
   SetKey(*tasks, 0, 2, 7, nullptr);
   Save(*tasks, family.tasks);
 
-  auto steps = DatabaseBuilder("Steps").Field("Step", kText).Field("Task", kLinked)
-                   .Row({"Spade"}).Row({"Gloves"}).Build();
+  auto steps = DatabaseBuilder("Steps")
+                   .Field("Step", kText)
+                   .Field("Task", kLinked)
+                   .Row({"Spade"})
+                   .Row({"Gloves"})
+                   .Build();
   SetLinkTarget(steps->definition().field(1), "Project Tasks");
   SetKey(*steps, 0, 1, 7, "Dig");
   SetKey(*steps, 1, 1, 7, "Dig");
