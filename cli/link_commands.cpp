@@ -153,6 +153,29 @@ bool ApplyLinkFieldOptions(CliContext& context, Database& db, int slot,
   return true;
 }
 
+bool DeleteLinkedRecordsOf(CliContext& context, const Database& db,
+                           const std::vector<LinkKeys>& keys) {
+  bool all = true;
+  for (const LinkKeys& k : keys) {
+    auto path = FindDatabaseByName(LinkTarget(db.definition().field(k.slot)), db.path);
+    if (!path) {
+      context.prompter.message(kLinkedNotPresent, kLinkedErrorCaption, Icon::Exclamation);
+      all = false;
+      continue;
+    }
+    // Opened as the command's own database: locked, and checked for Delete Records.
+    auto child = context.Open(*path);
+    if (!child) {
+      all = false;
+      continue;
+    }
+    int field = ChildKeyField(db, k.slot, *child);
+    if (DeleteLinkedRecords(*child, field, k.keys, context.prompter) > 0 && !context.Save(*child))
+      all = false;
+  }
+  return all;
+}
+
 LinkAccessCheck LinkedAccess(CliContext& context) {
   return [&context](Database& db) {
     if (CheckAccess(db.definition(), kOpenDatabase, true, context.ui) == 0) return false;

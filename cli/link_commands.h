@@ -24,6 +24,12 @@ void AddLinkFieldOptions(QCommandLineParser& parser);
 bool ApplyLinkFieldOptions(CliContext& context, Database& db, int slot,
                            const QCommandLineParser& parser);
 
+// Deletes the linked databases' records that hang on the Link keys (LinkKeysOf) of records
+// just deleted from `db`, each linked database opened, checked (Delete Records) and saved as
+// the command's own. False when one could not be reached or saved (said).
+bool DeleteLinkedRecordsOf(CliContext& context, const Database& db,
+                           const std::vector<LinkKeys>& keys);
+
 // The parent record a new record is added under: `PARENT.PDB:RECORD:FIELD`.
 class LinkedParent {
  public:

@@ -110,7 +110,8 @@ int Delete(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("RECORD", "Record numbers, from 1.");
-  if (!context.Parse(parser, arguments, 2, "delete FILE RECORD ...")) return kUsage;
+  parser.addOption({"linked", "Delete the records of linked databases that belong to them too."});
+  if (!context.Parse(parser, arguments, 2, "delete FILE RECORD ... [--linked]")) return kUsage;
   QStringList args = parser.positionalArguments();
   if (int bad = CheckArguments(context, args.mid(1), {})) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
@@ -122,8 +123,13 @@ int Delete(CliContext& context, const QStringList& arguments) {
     if (!number) return code;
     numbers.push_back(*number);
   }
+  // Taken before the records go; the parent is saved first, so a failure further on can leave
+  // records without a parent but never a parent without its records.
+  std::vector<LinkKeys> linked;
+  if (parser.isSet("linked")) linked = LinkKeysOf(*db, numbers);
   if (!DeleteEditedRecords(context, *db, numbers)) return kFailed;
-  return context.Save(*db) ? kOk : kFailed;
+  if (!context.Save(*db)) return kFailed;
+  return DeleteLinkedRecordsOf(context, *db, linked) ? kOk : kFailed;
 }
 
 }  // namespace
@@ -138,8 +144,10 @@ std::vector<Command> RecordCommands() {
       {"set", "set FILE RECORD FIELD=VALUE ...", Set,
        "Changes values of one record, numbered from 1 as list --numbers shows them.",
        "set Stock.PDB 3 Qty=240"},
-      {"delete", "delete FILE RECORD ...", Delete,
-       "Deletes records, numbered from 1 as list --numbers shows them.", "delete Stock.PDB 3 7"},
+      {"delete", "delete FILE RECORD ... [--linked]", Delete,
+       "Deletes records, numbered from 1 as list --numbers shows them; with --linked also the "
+       "records of linked databases that belong to them.",
+       "delete Stock.PDB 3 7"},
   };
 }
 

@@ -54,6 +54,14 @@ TEST_F(LinkCommandsTest, ARelationshipIsSetUpAndFollowedByItsNumberFields) {
   EXPECT_EQ(RunQvdb({"field", orders, "set", "For", "--link-field", "Nothing"}).exit_code, 1);
 }
 
+TEST_F(LinkCommandsTest, DeletingWithLinkedTakesTheirRecordsAlong) {
+  ASSERT_EQ(RunQvdb({"delete", family_.projects, "1", "--linked"}).exit_code, 0);
+  QvdbResult tasks = RunQvdb({"list", family_.tasks, "--fields", "Task"});
+  EXPECT_EQ(tasks.out, "Task\nSweep\n");
+  ASSERT_EQ(RunQvdb({"delete", family_.projects, "1"}).exit_code, 0);  // Garage, without --linked
+  EXPECT_EQ(RunQvdb({"list", family_.tasks, "--fields", "Task"}).out, "Task\nSweep\n");
+}
+
 TEST_F(LinkCommandsTest, RefusesWithTheSystemsMessagesAndBadSpecs) {
   QvdbResult wrong =
       RunQvdb({"add", family_.steps, "Step=x", "--linked-to", family_.projects + ":1:Tasks"});
