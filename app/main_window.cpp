@@ -28,6 +28,7 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
   panel_ = new RecordListPanel(context_.workspace, context_.dialogs, context_.access, this);
   setCentralWidget(panel_);
   panel_->setHistory(&history_);
+  panel_->setSaveCurrent([this] { flows_.Save(); });
   connect(&history_, &EditHistory::applied, this, &MainWindow::Refresh);
   transfer_ = std::make_unique<RecordTransfer>(context_, this);
   BuildMenus();

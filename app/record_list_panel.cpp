@@ -428,6 +428,12 @@ void RecordListPanel::DeleteRecords() {
   workspace_.prompter.busy(true);
   auto before = db.records;
   DeleteRecordSet(db, *scope, workspace_.prompter);
+  if (!linked.empty()) {
+    // The linked databases are written at once, so this one is saved first: no record of theirs
+    // goes while its parent could still come back by not saving.
+    if (save_current_) save_current_();
+    if (db.changed || db.unsaved()) linked.clear();
+  }
   DeleteLinkedRecordsOf(workspace_, access_, db, linked);
   Remember(tr("Delete Records"), before);
   workspace_.prompter.busy(false);

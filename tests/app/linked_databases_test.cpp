@@ -140,6 +140,10 @@ void LinkedDatabasesTest::ParentChildGrandchildAndBack() {
   window.panel()->DeleteRecords();
   QCOMPARE(h.prompter.Questions().back(), std::string(kDeleteLinkedQuestion));
   QCOMPARE(ws.current().count(), 1u);
+  // The projects were saved before their tasks went.
+  Database projects;
+  QVERIFY(LoadDatabase(projects, family.projects, h.prompter));
+  QCOMPARE(projects.count(), 1u);
   Database saved;
   QVERIFY(LoadDatabase(saved, family.tasks, h.prompter));
   ShowAllRecords(saved);
