@@ -13,6 +13,7 @@
 #include "app/date_chooser.h"
 #include "app/external_calls.h"
 #include "app/image_editor.h"
+#include "app/link_controls.h"
 #include "app/time_chooser.h"
 #include "engine/format.h"
 #include "engine/record.h"
@@ -393,8 +394,9 @@ FieldControl* FieldControl::Create(const Database& db, int slot, const FormatOpt
   const int length = static_cast<int>(std::max(field.length(), 1u));
   switch (field.type()) {
     case kText:
-    case kDbPopup:
       return new LineControl(slot, length, parent);
+    case kDbPopup:
+      return CreateDbPopupControl(db, slot, options, parent);
     case kNote:
       return new NoteControl(slot, std::min(length, 2001), parent);
     case kInteger:
@@ -410,6 +412,10 @@ FieldControl* FieldControl::Create(const Database& db, int slot, const FormatOpt
       return new ImageControl(slot, parent);
     case kExternal:
       return NewExternalControl(db, slot, parent);
+    case kLink:
+    case kLinked:
+    case kRelationship:
+      return CreateLinkControl(db, slot, options, parent);
     default:
       return new ShownControl(db, slot, options, parent);
   }

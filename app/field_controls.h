@@ -38,6 +38,8 @@ class FieldControl : public QObject {
   void editPopupsRequested(int slot);
   // An External field's button: the user activates its plug-in.
   void externalSelected(int slot);
+  // A Link field's "Open Linked Records", a Linked field's "Reassign...".
+  void linkRequested(int slot);
 
  protected:
   FieldControl(int slot, QObject* parent) : QObject(parent), slot_(slot) {}

@@ -11,6 +11,7 @@
 
 #include "app/commands.h"
 #include "app/help_page.h"
+#include "app/linked_navigation.h"
 #include "app/recent_files.h"
 #include "app/status_text.h"
 #include "app/window_title.h"
@@ -27,6 +28,7 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
   panel_ = new RecordListPanel(context_.workspace, context_.dialogs, context_.access, this);
   setCentralWidget(panel_);
   panel_->setHistory(&history_);
+  panel_->setSaveCurrent([this] { flows_.Save(); });
   connect(&history_, &EditHistory::applied, this, &MainWindow::Refresh);
   transfer_ = std::make_unique<RecordTransfer>(context_, this);
   beaming_ = std::make_unique<Beaming>(
@@ -36,8 +38,25 @@ MainWindow::MainWindow(AppContext context, QWidget* parent)
   connect(panel_, &RecordListPanel::databaseChanged, this, &MainWindow::UpdateTitle);
   launches_ = new LaunchQueue([this] { return Busy(); },
                               [this](const QString& text) { DeliverLaunchText(text); }, this);
+  AddLinkBar();
   resize(920, 600);
   UpdateTitle();
+}
+
+void MainWindow::AddLinkBar() {
+  link_bar_ = new LinkBar(context_.workspace, flows_, this);
+  addToolBarBreak();
+  QToolBar* strip = addToolBar(tr("Linked databases"));
+  strip->setObjectName("links");
+  strip->setMovable(false);
+  strip->addWidget(link_bar_);
+  strip->setVisible(false);
+  connect(panel_, &RecordListPanel::databaseChanged, link_bar_, [this, strip] {
+    link_bar_->Update();
+    strip->setVisible(context_.workspace.index() > 0);
+  });
+  connect(link_bar_, &LinkBar::stackChanged, &history_, &EditHistory::Clear);
+  connect(link_bar_, &LinkBar::returned, this, &MainWindow::Refresh);
 }
 
 QAction* MainWindow::AddCommand(QMenu* menu, const QString& text, int command, bool available,
@@ -193,6 +212,15 @@ void MainWindow::RunCommand(int command) {
   using namespace command;
   Running running(running_);
   bool refresh = false;
+  // Commands that replace or close the database go back from linked databases first.
+  const bool leaves = command == kNew || command == kOpen || command == kMoreFiles ||
+                      command == kClose || command == kExit ||
+                      (command >= kReopenFirst && command <= kReopenLast);
+  if (leaves && context_.workspace.index() > 0) {
+    bool back = ReturnToFirstDatabase(context_.workspace, flows_);
+    Refresh();
+    if (!back) return;
+  }
   if (command >= kReopenFirst && command <= kReopenLast) {
     refresh = flows_.Reopen(command - kReopenFirst);
   } else {
@@ -297,6 +325,10 @@ void MainWindow::DeliverLaunchText(const QString& text) {
 void MainWindow::closeEvent(QCloseEvent* event) {
   if (!exiting_) {
     // The close box: saved silently, as the shut-down would, then remembered for the next start.
+    while (context_.workspace.index() > 0) {
+      flows_.CloseCurrent(false, true);
+      context_.workspace.Pop();
+    }
     flows_.CloseCurrent(false, true);
     flows_.RememberLastFile();
   }

@@ -12,6 +12,7 @@
 #include "app/edit_history.h"
 #include "app/file_flows.h"
 #include "app/launch_queue.h"
+#include "app/link_bar.h"
 #include "app/record_list_panel.h"
 #include "app/record_transfer.h"
 
@@ -38,6 +39,7 @@ class MainWindow : public QMainWindow {
   EditHistory& history() { return history_; }
   RecordTransfer& transfer() { return *transfer_; }
   Beaming& beaming() { return *beaming_; }
+  LinkBar* linkBar() const { return link_bar_; }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -46,6 +48,7 @@ class MainWindow : public QMainWindow {
   QAction* AddCommand(QMenu* menu, const QString& text, int command, bool available = true,
                       const QKeySequence& shortcut = {});
   void BuildMenus();
+  void AddLinkBar();
   void BuildEditMenu();
   void FillReopenMenu();
   void UpdateTitle();
@@ -64,6 +67,7 @@ class MainWindow : public QMainWindow {
   bool exiting_ = false;
   int running_ = 0;  // commands in progress (their dialogs may hold the database)
   LaunchQueue* launches_;
+  LinkBar* link_bar_;
   std::string titled_path_;  // the file the title was last made for
   bool name_shared_ = false;
 };

@@ -11,6 +11,7 @@
 
 #include "app/external_calls.h"
 #include "app/field_controls.h"
+#include "app/linked_navigation.h"
 #include "app/popup_list_editor.h"
 #include "app/record_alarm_row.h"
 #include "app/stored_text_guard.h"
@@ -157,6 +158,7 @@ void RecordEditorDialog::BuildControls() {
     });
     connect(control, &FieldControl::editPopupsRequested, this, &RecordEditorDialog::EditPopups);
     connect(control, &FieldControl::externalSelected, this, &RecordEditorDialog::SelectExternal);
+    connect(control, &FieldControl::linkRequested, this, &RecordEditorDialog::LinkRequested);
   }
   for (int i = 0; i < columns->count(); ++i)
     if (auto* f = qobject_cast<QFormLayout*>(columns->itemAt(i)->layout()))
@@ -197,6 +199,7 @@ void RecordEditorDialog::showEvent(QShowEvent* event) {
 
 RecordValues RecordEditorDialog::NewValues() const {
   RecordValues values = DefaultValues(db_);
+  LinkNewRecord(workspace_, db_, values);
   if (db_.definition().record_header_on()) {
     RandomBytes random;
     RecordHeader header = NewRecordHeader(random);

@@ -58,6 +58,8 @@ class RecordEditorDialog : public QDialog {
   void RefreshComputed();
   void EditPopups(int slot);
   void SelectExternal(int slot);
+  // A Link field's "Open Linked Records" or a Linked field's "Reassign..." (record_editor_links).
+  void LinkRequested(int slot);
   void UpdateButtons();
   void LeaveDeciphered();
   bool Allowed(Guarded action);

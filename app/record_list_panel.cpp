@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "app/commands.h"
+#include "app/linked_navigation.h"
 #include "app/core_calls.h"
 #include "app/edit_history.h"
 #include "app/set_values_dialog.h"
@@ -226,7 +227,9 @@ void RecordListPanel::NewRecord() {
 void RecordListPanel::OpenEditor(Database& db, std::uint32_t number, bool view_only) {
   auto before = db.records;
   if (!dialogs_.OpenRecord(db, number, view_only)) return;
-  Remember(EditHistory::EditorLabel(static_cast<std::uint32_t>(before.size()), db.count()), before);
+  // Following a link from the editor leaves another database current: nothing to remember.
+  if (&workspace_.current() == &db)
+    Remember(EditHistory::EditorLabel(static_cast<std::uint32_t>(before.size()), db.count()), before);
   Refresh();
 }
 
@@ -417,15 +420,21 @@ void RecordListPanel::DeleteRecords() {
   if (access_.CheckAccess(workspace_, db, Guarded::DeleteRecords, true) != kAccessFull) return;
   auto scope = dialogs_.AskDeleteScope();
   if (!scope) return;
-  if (HasLinkedRecords(db)) {
-    // Linked records are removed by the linked-database code once it exists; the answer is
-    // asked now so the flow stays the same.
-    workspace_.prompter.ask("Would you like to delete the linked records also? (Y/N)", "QUESTION",
-                            Buttons::YesNo, Icon::Question);
-  }
+  std::vector<LinkKeys> linked;
+  if (HasLinkedRecords(db) &&
+      workspace_.prompter.ask(kDeleteLinkedQuestion, kQuestionCaption, Buttons::YesNo,
+                              Icon::Question) == Answer::Yes)
+    linked = LinkKeysOf(db, RecordsInScope(db, *scope));
   workspace_.prompter.busy(true);
   auto before = db.records;
   DeleteRecordSet(db, *scope, workspace_.prompter);
+  if (!linked.empty()) {
+    // The linked databases are written at once, so this one is saved first: no record of theirs
+    // goes while its parent could still come back by not saving.
+    if (save_current_) save_current_();
+    if (db.changed || db.unsaved()) linked.clear();
+  }
+  DeleteLinkedRecordsOf(workspace_, access_, db, linked);
   Remember(tr("Delete Records"), before);
   workspace_.prompter.busy(false);
   Refresh();

@@ -3,6 +3,7 @@
 // list, and what taps, typing, column drags and the column menu do to the current database.
 
 #include <QWidget>
+#include <functional>
 
 #include "app/data_flows.h"
 #include "app/dialogs.h"
@@ -38,6 +39,8 @@ class RecordListPanel : public QWidget {
   void EditProperties(int slot = -1);
   // Where record edits are kept for Undo; none: edits are not undoable.
   void setHistory(EditHistory* history) { history_ = history; }
+  // How the current database is saved (File > Save), for Delete Records with linked records.
+  void setSaveCurrent(std::function<void()> save) { save_current_ = std::move(save); }
   // After a command changed records ("Set Values To.." among them): keeps the change for Undo,
   // named `label`; `before` is the record table as it was.
   void Remember(const QString& label, const std::vector<RecordSlot>& before);
@@ -94,6 +97,7 @@ class RecordListPanel : public QWidget {
   DataFlows data_;
   bool refreshing_ = false;
   EditHistory* history_ = nullptr;
+  std::function<void()> save_current_;
 };
 
 }  // namespace qv::app

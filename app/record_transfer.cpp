@@ -2,10 +2,12 @@
 
 #include <QFileDialog>
 
+#include "app/linked_navigation.h"
 #include "app/print_dialog.h"
 #include "exchange/print_records.h"
 #include "exchange/spawn_process.h"
 #include "exchange/transfer.h"
+#include "processing/linked_text.h"
 #include "processing/store.h"
 #include "security/settings.h"
 
@@ -48,9 +50,10 @@ bool RecordTransfer::Print() {
   // A command changed here is the preference from now on.
   if (choice->command != command) preference = choice->command;
   const std::string temp = context_.paths.DocumentsFolder() + "/" + kPrintTempFileName;
+  LinkedTextWriter linked(OpenTable(ws), ws.prompter, GateAccess(ws, context_.access), ws.options);
   PrintRecords(ws.current(), choice->all,
                {temp, preference.empty() ? kDefaultPrintCommand : preference}, ws.options,
-               ws.prompter, *runner_);
+               ws.prompter, *runner_, linked.writer());
   return false;
 }
 

@@ -37,5 +37,6 @@ std::vector<Command> TransferCommands();    // print, copy, move, convert
 std::vector<Command> BeamCommands();        // beam send, beam receive
 std::vector<Command> PluginCommands();      // plugin
 std::vector<Command> AlarmCommands();       // alarm
+std::vector<Command> LinkCommands();        // link
 
 }  // namespace qv::cli

@@ -45,6 +45,7 @@ constexpr std::array kRules = {
     CommandRule{"decrypt", "*", kDbProperties},
     // Delete Database: a database replaced by a new one.
     CommandRule{"new", "replace", kDeleteDatabase},
+    // `link` reads: Open Database on the database it starts from and on the linked one.
     // Beam Data.
     CommandRule{"beam", "*", kBeamData},
 };

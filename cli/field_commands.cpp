@@ -4,6 +4,7 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
+#include "cli/link_commands.h"
 #include "cli/output.h"
 #include "engine/field_settings.h"
 #include "engine/text.h"
@@ -17,7 +18,8 @@ namespace {
 
 constexpr const char* kUsageLine =
     "field FILE list | add NAME:TYPE[:LENGTH] [--at N] [--popup ITEM ...] [--default VALUE] "
-    "[--formula EXPR --result-kind K] [--link-to DBNAME] [--plugin NAME] | set FIELD [--name NEW] "
+    "[--formula EXPR --result-kind K] [--link-to DBNAME [--link-field NAME] [--key-field NAME] "
+    "[--pair N]] [--plugin NAME] | set FIELD [--name NEW] "
     "[--type TYPE] [--length N] [--popup ITEM ...] [--default VALUE] [--formula EXPR] [--force] | "
     "move FIELD N | delete FIELD [--force]";
 
@@ -68,7 +70,8 @@ std::string SettingsText(const Database& db, int slot, const FormatOptions& opti
     parts.push_back("formula: " + Utf8(FormulaDisplayText(db.definition(), slot)) + " (" +
                     (kind >= 0 && kind <= 6 ? kResultKinds[kind] : "?") + ")");
   }
-  if (f.type() == kLink || f.type() == kLinked || f.type() == kDbPopup)
+  if (f.type() == kLink || f.type() == kLinked || f.type() == kDbPopup ||
+      f.type() == kRelationship)
     parts.push_back("link to: " + Utf8(LinkTarget(f)));
   if (f.type() == kExternal) parts.push_back("plug-in: " + Utf8(PluginName(f)));
   if (f.encrypted()) parts.push_back("encrypted");
@@ -111,10 +114,11 @@ bool ApplySettings(CliContext& context, Database& db, int slot, const QCommandLi
     SetPopupItems(db, slot, items);
   }
   if (parser.isSet("link-to")) {
-    if (type != kLink && type != kLinked && type != kDbPopup)
-      return refuse("--link-to is for Link, Linked and DB Popup fields");
+    if (type != kLink && type != kLinked && type != kDbPopup && type != kRelationship)
+      return refuse("--link-to is for Link, Linked, DB Popup and Relationship fields");
     SetLinkTarget(f, Utf8ToCp1252(parser.value("link-to").toStdString()));
   }
+  if (!ApplyLinkFieldOptions(context, db, slot, parser)) return false;
   if (parser.isSet("plugin")) {
     std::string name = Utf8ToCp1252(parser.value("plugin").toStdString());
     if (type != kExternal) return refuse("--plugin is for External fields");
@@ -245,7 +249,9 @@ int Field(CliContext& context, const QStringList& arguments) {
   parser.addOption({"formula", "Formula of a Calculated field.", "expr"});
   parser.addOption(
       {"result-kind", "decimal, integer, time, date, decimal3, decimal2, decimal1.", "kind"});
-  parser.addOption({"link-to", "Database a Link, Linked or DB Popup field reaches.", "name"});
+  parser.addOption(
+      {"link-to", "Database a Link, Linked, DB Popup or Relationship field reaches.", "name"});
+  AddLinkFieldOptions(parser);
   parser.addOption({"plugin", "Plug-in of an External field.", "name"});
   parser.addOption({"name", "New name.", "name"});
   parser.addOption({"type", "New type.", "type"});

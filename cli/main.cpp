@@ -15,7 +15,7 @@ std::vector<qv::cli::Command> AllCommands() {
        {qv::cli::DatabaseCommands, qv::cli::RecordCommands, qv::cli::ProcessingCommands,
         qv::cli::ViewCommands, qv::cli::ExchangeCommands, qv::cli::TransferCommands,
         qv::cli::SecurityCommands, qv::cli::FieldCommands, qv::cli::BeamCommands,
-        qv::cli::PluginCommands, qv::cli::AlarmCommands}) {
+        qv::cli::PluginCommands, qv::cli::AlarmCommands, qv::cli::LinkCommands}) {
     auto commands = group();
     all.insert(all.end(), commands.begin(), commands.end());
   }

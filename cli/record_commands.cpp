@@ -5,6 +5,7 @@
 
 #include "cli/cli_context.h"
 #include "cli/command.h"
+#include "cli/link_commands.h"
 #include "cli/record_edit.h"
 #include "engine/format.h"
 #include "engine/text.h"
@@ -50,15 +51,25 @@ std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& d
   return n - 1;
 }
 
+constexpr const char* kAddUsage = "add FILE FIELD=VALUE ... [--linked-to PARENT.PDB:RECORD:FIELD]";
+
 int Add(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("FIELD=VALUE", "Values of the new record.");
-  if (!context.Parse(parser, arguments, 1, "add FILE FIELD=VALUE ...")) return kUsage;
+  parser.addOption({"linked-to", "Add the record under this record of the parent database.",
+                    "PARENT.PDB:RECORD:FIELD"});
+  if (!context.Parse(parser, arguments, 1, kAddUsage)) return kUsage;
   QStringList args = parser.positionalArguments();
   if (int bad = CheckArguments(context, {}, args.mid(1))) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
   if (!db) return kFailed;
+  std::unique_ptr<LinkedParent> parent;
+  if (parser.isSet("linked-to")) {
+    int code = kFailed;
+    parent = LinkedParent::Open(context, parser.value("linked-to"), *db, code);
+    if (!parent) return code;
+  }
   RecordValues values = DefaultValues(*db);
   if (db->definition().record_header_on()) {
     RandomBytes random;
@@ -66,6 +77,7 @@ int Add(CliContext& context, const QStringList& arguments) {
     values.prefix.assign(header.bytes.begin(), header.bytes.end());
   }
   if (int code = ApplyAssignments(context, *db, args, kNewRecord, values)) return code;
+  if (parent && !parent->Attach(context, *db, values)) return kFailed;
   // Stored as the record editor stores it: the encryption mode applies before the save.
   auto number = StoreEditedRecord(context, *db, values, kNewRecord);
   if (!number) return kFailed;
@@ -98,7 +110,8 @@ int Delete(CliContext& context, const QStringList& arguments) {
   QCommandLineParser parser;
   parser.addPositionalArgument("FILE", "Database file.");
   parser.addPositionalArgument("RECORD", "Record numbers, from 1.");
-  if (!context.Parse(parser, arguments, 2, "delete FILE RECORD ...")) return kUsage;
+  parser.addOption({"linked", "Delete the records of linked databases that belong to them too."});
+  if (!context.Parse(parser, arguments, 2, "delete FILE RECORD ... [--linked]")) return kUsage;
   QStringList args = parser.positionalArguments();
   if (int bad = CheckArguments(context, args.mid(1), {})) return bad;
   auto db = context.Open(args.takeFirst().toStdString());
@@ -110,23 +123,31 @@ int Delete(CliContext& context, const QStringList& arguments) {
     if (!number) return code;
     numbers.push_back(*number);
   }
+  // Taken before the records go; the parent is saved first, so a failure further on can leave
+  // records without a parent but never a parent without its records.
+  std::vector<LinkKeys> linked;
+  if (parser.isSet("linked")) linked = LinkKeysOf(*db, numbers);
   if (!DeleteEditedRecords(context, *db, numbers)) return kFailed;
-  return context.Save(*db) ? kOk : kFailed;
+  if (!context.Save(*db)) return kFailed;
+  return DeleteLinkedRecordsOf(context, *db, linked) ? kOk : kFailed;
 }
 
 }  // namespace
 
 std::vector<Command> RecordCommands() {
   return {
-      {"add", "add FILE FIELD=VALUE ...", Add,
+      {"add", kAddUsage, Add,
        "Adds a record; fields not named keep their defaults. Values are typed as in the record "
-       "editor (dates and times in --date-format and --time-format).",
+       "editor (dates and times in --date-format and --time-format). With --linked-to the record "
+       "belongs to that record of the parent database, as one added through its Link field.",
        "add Stock.PDB \"Item=Bolt, M4\" Qty=250 Bought=05/03/2024"},
       {"set", "set FILE RECORD FIELD=VALUE ...", Set,
        "Changes values of one record, numbered from 1 as list --numbers shows them.",
        "set Stock.PDB 3 Qty=240"},
-      {"delete", "delete FILE RECORD ...", Delete,
-       "Deletes records, numbered from 1 as list --numbers shows them.", "delete Stock.PDB 3 7"},
+      {"delete", "delete FILE RECORD ... [--linked]", Delete,
+       "Deletes records, numbered from 1 as list --numbers shows them; with --linked also the "
+       "records of linked databases that belong to them.",
+       "delete Stock.PDB 3 7"},
   };
 }
 

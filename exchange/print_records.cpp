@@ -50,21 +50,20 @@ std::optional<std::vector<std::string>> SplitCommandLine(std::string_view line) 
 }
 
 void PrintRecordText(std::uint32_t number, const Database& db, std::string& out, int level,
-                     const FormatOptions& options) {
-  // Linked records are printed once linked databases can be followed from here; until then a
-  // Link field prints no line.
+                     const FormatOptions& options, const LinkedRecordsWriter& linked) {
   std::string text;
-  WriteRecordText(db, number, level, options, text);
+  WriteRecordText(db, number, level, options, text, linked);
   out += Cp1252ToUtf8(text);
 }
 
-std::string PrintText(const Database& db, bool all, const FormatOptions& options) {
+std::string PrintText(const Database& db, bool all, const FormatOptions& options,
+                      const LinkedRecordsWriter& linked) {
   std::string text;
   if (all) {
     for (std::uint32_t p = 0; p < db.count(); ++p)
-      if (RecordPassesFilter(db, p)) PrintRecordText(p, db, text, 0, options);
+      if (RecordPassesFilter(db, p)) PrintRecordText(p, db, text, 0, options, linked);
   } else if (db.current < db.count()) {
-    PrintRecordText(db.current, db, text, 0, options);
+    PrintRecordText(db.current, db, text, 0, options, linked);
   }
   return text;
 }
@@ -122,10 +121,11 @@ PrintResult RunPrintCommand(const PrintJob& job, Prompter& prompter, ProcessRunn
 }  // namespace
 
 PrintResult PrintRecords(const Database& db, bool all, const PrintJob& job,
-                         const FormatOptions& options, Prompter& prompter, ProcessRunner& runner) {
+                         const FormatOptions& options, Prompter& prompter, ProcessRunner& runner,
+                         const LinkedRecordsWriter& linked) {
   if (!db.loaded) return PrintResult::kNothing;
   prompter.busy(true);
-  if (!WriteTempFile(job.temp_path, PrintText(db, all, options))) {
+  if (!WriteTempFile(job.temp_path, PrintText(db, all, options, linked))) {
     prompter.busy(false);
     std::remove(job.temp_path.c_str());
     prompter.message("ERROR: Unable to open temp file for writing.", "Error", Icon::Error);

@@ -14,6 +14,7 @@
 #include "platform/process_runner.h"
 #include "platform/prompter.h"
 #include "platform/settings.h"
+#include "processing/record_text.h"
 
 namespace qv {
 
@@ -32,13 +33,15 @@ std::string PrintCommand(const Settings& settings);
 std::optional<std::vector<std::string>> SplitCommandLine(std::string_view line);
 
 // Appends record `number` as printed: one line per used, shown field in display order, then 40
-// hyphens; three blanks of indent per nesting level. Text is UTF-8.
+// hyphens; three blanks of indent per nesting level. Text is UTF-8. A Link field prints the
+// records `linked` writes for it (see LinkedTextWriter), nothing without one.
 void PrintRecordText(std::uint32_t number, const Database& db, std::string& out, int level,
-                     const FormatOptions& options);
+                     const FormatOptions& options, const LinkedRecordsWriter& linked = {});
 
 // The text PrintRecords writes: every record the current view shows, in record order (`all`),
 // or only the current record.
-std::string PrintText(const Database& db, bool all, const FormatOptions& options);
+std::string PrintText(const Database& db, bool all, const FormatOptions& options,
+                      const LinkedRecordsWriter& linked = {});
 
 enum class PrintResult { kNothing, kPrinted, kCancelled, kProblem, kCannotStart, kCannotWrite };
 
@@ -50,6 +53,7 @@ struct PrintJob {
 // Writes the text to the temporary file, runs the command and reports its outcome with the
 // system's messages. Does nothing when no database is loaded.
 PrintResult PrintRecords(const Database& db, bool all, const PrintJob& job,
-                         const FormatOptions& options, Prompter& prompter, ProcessRunner& runner);
+                         const FormatOptions& options, Prompter& prompter, ProcessRunner& runner,
+                         const LinkedRecordsWriter& linked = {});
 
 }  // namespace qv

@@ -56,6 +56,8 @@ _qvdb() {
       4) COMPREPLY=($(compgen -W $'configure\ncall' -- "$cur")) ;;
       5) [[ $prev == call ]] && COMPREPLY=($(compgen -W $'init\nsave\nselect' -- "$cur")) ;;
     esac
+  elif [[ $command == link ]] && ((cword == 4)); then
+    COMPREPLY=($(compgen -W "$(_qvdb_fields "$file")" -- "$cur"))
   elif [[ $command == add || $command == set ]]; then
     COMPREPLY=($(compgen -S = -W "$(_qvdb_fields "$file")" -- "$cur"))
     compopt -o nospace 2>/dev/null
