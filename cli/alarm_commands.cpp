@@ -7,6 +7,7 @@
 #include "cli/cli_context.h"
 #include "cli/command.h"
 #include "cli/output.h"
+#include "cli/record_edit.h"
 #include "exchange/alarm_settings.h"
 #include "exchange/alarms.h"
 #include "platform/qt/qt_settings.h"
@@ -17,23 +18,6 @@ namespace {
 
 constexpr const char* kUsageLine =
     "alarm FILE set RECORD WHEN | FILE clear RECORD | list | due [--at WHEN]";
-
-std::optional<std::uint32_t> RecordArgument(CliContext& context, const Database& db,
-                                            const QString& text, int& code) {
-  bool ok = false;
-  uint n = text.toUInt(&ok);
-  if (!ok || n == 0) {
-    code = context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
-    return std::nullopt;
-  }
-  if (n > db.count()) {
-    context.Error("no record " + text.toStdString() + " (the database holds " +
-                  std::to_string(db.count()) + ")");
-    code = kFailed;
-    return std::nullopt;
-  }
-  return n - 1;
-}
 
 std::optional<std::int64_t> When(CliContext& context, const QString& text, int& code) {
   auto time = ParseAlarmTime(text.toStdString());
@@ -81,7 +65,7 @@ int Change(CliContext& context, Settings& settings, const QStringList& args) {
   auto db = context.Open(path, action.toStdString());
   if (!db) return kFailed;
   int code = kFailed;
-  auto record = RecordArgument(context, *db, args[2], code);
+  auto record = RecordNumber(context, *db, args[2], code);
   if (!record) return code;
   if (action == "set") {
     auto time = When(context, args[3], code);

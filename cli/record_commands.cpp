@@ -32,25 +32,6 @@ int CheckArguments(CliContext& context, const QStringList& numbers,
   return kOk;
 }
 
-// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them: what is
-// not such a number is bad usage (kUsage), a number past the last record a refusal (kFailed).
-std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& db,
-                                          const QString& text, int& code) {
-  bool ok = false;
-  uint n = text.toUInt(&ok);
-  if (!ok || n == 0) {
-    code = context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
-    return std::nullopt;
-  }
-  if (n > db.count()) {
-    context.Error("no record " + text.toStdString() + " (the database holds " +
-                  std::to_string(db.count()) + ")");
-    code = kFailed;
-    return std::nullopt;
-  }
-  return n - 1;
-}
-
 constexpr const char* kAddUsage = "add FILE FIELD=VALUE ... [--linked-to PARENT.PDB:RECORD:FIELD]";
 
 int Add(CliContext& context, const QStringList& arguments) {

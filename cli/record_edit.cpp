@@ -75,6 +75,23 @@ int ApplyAssignments(CliContext& context, const Database& db, const QStringList&
   return kOk;
 }
 
+std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& db,
+                                          const QString& text, int& code) {
+  bool ok = false;
+  uint n = text.toUInt(&ok);
+  if (!ok || n == 0) {
+    code = context.UsageError("a record number counts from 1, not '" + text.toStdString() + "'");
+    return std::nullopt;
+  }
+  if (n > db.count()) {
+    context.Error("no record " + text.toStdString() + " (the database holds " +
+                  std::to_string(db.count()) + ")");
+    code = kFailed;
+    return std::nullopt;
+  }
+  return n - 1;
+}
+
 std::optional<std::uint32_t> StoreEditedRecord(CliContext& context, Database& db,
                                                const RecordValues& values, std::uint32_t number) {
   // External fields' plug-ins see the record before it is stored, as in the record editor.

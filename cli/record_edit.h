@@ -10,6 +10,11 @@
 
 namespace qv::cli {
 
+// Record numbers on the command line count from 1, as `qvdb list --numbers` shows them: the
+// index from 0, or nothing after reporting what is not such a number (code kUsage) or a number
+// past the last record (code kFailed).
+std::optional<std::uint32_t> RecordNumber(CliContext& context, const Database& db,
+                                          const QString& text, int& code);
 // Applies FIELD=VALUE texts to the values of record `number` (kNewRecord for a new one); kOk,
 // or the exit code after reporting the first malformed assignment (kUsage), unknown field or
 // bad value (kFailed).
