@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QSpinBox>
+#include <QStackedWidget>
 #include <QVBoxLayout>
 #include <functional>
 
@@ -70,12 +71,14 @@ LinkSettingsPage::LinkSettingsPage(const Database& db, int slot, QWidget* parent
   key_box_ = new QComboBox(this);
   key_box_->setToolTip(tr("This database's Integer or Unique field that holds each record's key"));
   other_label_ = new QLabel(this);
-  other_box_ = new QComboBox(this);
-  other_label_->setBuddy(other_box_);
-  other_edit_label_ = new QLabel(this);
-  other_edit_ = new QLineEdit(this);
+  // The list of the other database's fields, or the entry for one when they are not at hand.
+  other_stack_ = new QStackedWidget(this);
+  other_stack_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  other_box_ = new QComboBox(other_stack_);
+  other_edit_ = new QLineEdit(other_stack_);
   other_edit_->setPlaceholderText(tr("a field name, or its number (1 for the first field)"));
-  other_edit_label_->setBuddy(other_edit_);
+  other_stack_->addWidget(other_box_);
+  other_stack_->addWidget(other_edit_);
   pair_ = new QSpinBox(this);
   pair_->setRange(0, 255);
   pair_->setSpecialValueText(tr("none"));
@@ -85,8 +88,7 @@ LinkSettingsPage::LinkSettingsPage(const Database& db, int slot, QWidget* parent
   form_->addRow(tr("Linked &database:"), target_);
   form_->addRow(QString(), status_);
   form_->addRow(tr("&Key field:"), key_box_);
-  form_->addRow(other_label_, other_box_);
-  form_->addRow(other_edit_label_, other_edit_);
+  form_->addRow(other_label_, other_stack_);
   form_->addRow(tr("&Pairing group:"), pair_);
   form_->addRow(QString(), about_);
   connect(target_, &QLineEdit::editingFinished, this, [this] {
@@ -153,17 +155,22 @@ void LinkSettingsPage::Refill() {
   ShowRows();
 }
 
+void LinkSettingsPage::ShowRow(QWidget* field, bool shown) {
+  form_->labelForField(field)->setVisible(shown);
+  field->setVisible(shown);
+}
+
 void LinkSettingsPage::ShowRows() {
   const bool goes_by_field = type_ != kLinked;
-  form_->setRowVisible(other_box_, goes_by_field && offered_);
-  form_->setRowVisible(other_edit_, goes_by_field && !offered_);
-  form_->setRowVisible(key_box_, type_ == kRelationship);
-  form_->setRowVisible(pair_, type_ == kDbPopup);
+  ShowRow(other_stack_, goes_by_field);
+  other_stack_->setCurrentWidget(offered_ ? static_cast<QWidget*>(other_box_) : other_edit_);
+  other_label_->setBuddy(other_stack_->currentWidget());
+  ShowRow(key_box_, type_ == kRelationship);
+  ShowRow(pair_, type_ == kDbPopup);
   const QString label = type_ == kDbPopup ? tr("Shown &field:")
                         : type_ == kLink  ? tr("Its Linked &field:")
                                           : tr("Matched &field:");
   other_label_->setText(label);
-  other_edit_label_->setText(label);
   switch (type_) {
     case kLink:
       about_->setText(
@@ -191,10 +198,8 @@ void LinkSettingsPage::ShowRows() {
 }
 
 void LinkSettingsPage::ShowStatus() {
-  const QString name = looked_up_;
-  const QString typed = type_ == kLinked ? QString()
-                                         : tr(" Type the field's name, or its number (1 for "
-                                              "the other database's first field).");
+  const QString& name = looked_up_;
+  const bool typed = type_ != kLinked;
   if (name.isEmpty())
     status_->setText(tr("The database is looked for in this database's folder."));
   else if (offered_)
@@ -202,11 +207,15 @@ void LinkSettingsPage::ShowStatus() {
   else if (other_db_)
     status_->setText(tr("\u201c%1\u201d needs a password to open, so its fields are not listed "
                         "here.%2")
-                         .arg(name, typed));
+                         .arg(name, typed ? tr(" Type the field's name, or its number (1 for "
+                                               "the other database's first field).")
+                                          : QString()));
   else
     status_->setText(tr("\u201c%1\u201d is not in this database's folder (or cannot be read), "
                         "so its fields are not listed here.%2")
-                         .arg(name, typed));
+                         .arg(name, typed ? tr(" Type the field's number (1 for the other "
+                                               "database's first field).")
+                                          : QString()));
 }
 
 std::string LinkSettingsPage::OtherFieldOf(std::uint8_t& byte) const {

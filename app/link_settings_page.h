@@ -18,6 +18,7 @@ class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QSpinBox;
+class QStackedWidget;
 
 namespace qv::app {
 
@@ -48,6 +49,7 @@ class LinkSettingsPage : public QWidget {
   void FillKeyFields();
   void LookUp();
   void Refill();
+  void ShowRow(QWidget* field, bool shown);
   void ShowRows();
   void ShowStatus();
   std::string OtherFieldOf(std::uint8_t& byte) const;
@@ -65,8 +67,8 @@ class LinkSettingsPage : public QWidget {
   QFormLayout* form_;
   QLineEdit* target_;
   QLabel* other_label_;
+  QStackedWidget* other_stack_;
   QComboBox* other_box_;
-  QLabel* other_edit_label_;
   QLineEdit* other_edit_;
   QComboBox* key_box_;
   QSpinBox* pair_;

@@ -280,6 +280,7 @@ void LinkedDatabasesTest::FieldEditorDefinesLinkSettings() {
   QVERIFY(!page->offersOtherFields());
   QVERIFY(page->otherFieldEdit()->isVisibleTo(page));
   QCOMPARE(page->otherFieldEdit()->text(), QString("2"));
+  test::Shoot(missing, "field_editor_link_fallback");
   page->otherFieldEdit()->setText("Task");
   missing.accept();
   QVERIFY(missing.result() != QDialog::Accepted);
