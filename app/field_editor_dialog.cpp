@@ -16,6 +16,7 @@
 
 #include "app/column_layout.h"
 #include "app/external_calls.h"
+#include "app/link_settings_page.h"
 #include "app/note_label.h"
 #include "app/popup_list_editor.h"
 #include "app/stored_text_guard.h"
@@ -76,6 +77,7 @@ Page PageOf(unsigned type) {
     case kLink:
     case kLinked:
     case kDbPopup:
+    case kRelationship:
       return kTargetPage;
     case kExternal:
       return kPluginPage;
@@ -309,16 +311,12 @@ QWidget* FieldEditorDialog::ConditionalPage() {
 }
 
 QWidget* FieldEditorDialog::TargetPage() {
-  auto* page = new QWidget(this);
-  auto* form = Form(page);
-  target_ = new QLineEdit(page);
-  target_->setMaxLength(31);
-  form->addRow(tr("&Linked database:"), target_);
-  form->addRow(QString(),
-               Note(tr("The other database's name, as its title shows it. Following links "
-                       "comes with linked databases and is not available yet."),
-                    page));
-  return page;
+  link_page_ = new LinkSettingsPage(db_, slot_, this);
+  return link_page_;
+}
+
+QLineEdit* FieldEditorDialog::targetEdit() const {
+  return link_page_->targetEdit();
 }
 
 QWidget* FieldEditorDialog::PluginPage() {
@@ -420,7 +418,7 @@ void FieldEditorDialog::Load() {
     pick(else_field_, s.else_field);
     else_text_->setText(Wide(s.else_text));
   }
-  if (PageOf(f.type()) == kTargetPage) target_->setText(Wide(LinkTarget(f)));
+  if (PageOf(f.type()) == kTargetPage) link_page_->Load(f);
   if (f.type() == kExternal) {
     plugin_->setText(Wide(PluginName(f)));
     plugin_settings_ = GetPluginSettings(f);
@@ -436,6 +434,7 @@ void FieldEditorDialog::TypeChanged() {
   const bool float_type = type == kFloat;
   decimals_->setVisible(float_type);
   decimals_label_->setVisible(float_type);
+  link_page_->SetType(type);
 }
 
 bool FieldEditorDialog::ApplySettings(Database& db, int slot, unsigned type) {
@@ -494,9 +493,14 @@ bool FieldEditorDialog::ApplySettings(Database& db, int slot, unsigned type) {
       s.Write(f);
       return true;
     }
-    case kTargetPage:
-      SetLinkTarget(f, Narrow(target_->text().trimmed()));
+    case kTargetPage: {
+      std::string problem = link_page_->Apply(f, type);
+      if (!problem.empty()) {
+        prompter.message(problem, "Error", Icon::Exclamation);
+        return false;
+      }
       return true;
+    }
     case kPluginPage: {
       std::string name = Narrow(plugin_->text().trimmed());
       if (name.find_first_of("/\\") != std::string::npos)

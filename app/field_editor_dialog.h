@@ -1,9 +1,9 @@
 #pragma once
 // The field editor: a field's name, type, length, list column and encryption, and the settings
 // of its type (pop-up list, default value, first unique number, formula and result kind,
-// conditional test, linked database, plug-in). OK makes the changes through the core's schema
-// operations on the database it was given (a working copy in the properties); values that a
-// change cannot keep are named and the user is asked first.
+// conditional test, linked database and the fields it goes by, plug-in). OK makes the changes
+// through the core's schema operations on the database it was given (a working copy in the
+// properties); values that a change cannot keep are named and the user is asked first.
 
 #include <QDialog>
 
@@ -21,6 +21,8 @@ class QStackedWidget;
 
 namespace qv::app {
 
+class LinkSettingsPage;
+
 class FieldEditorDialog : public QDialog {
   Q_OBJECT
  public:
@@ -36,7 +38,8 @@ class FieldEditorDialog : public QDialog {
   QLineEdit* defaultEdit() const { return default_; }
   QLineEdit* formulaEdit() const { return formula_; }
   QComboBox* resultKindBox() const { return result_kind_; }
-  QLineEdit* targetEdit() const { return target_; }
+  QLineEdit* targetEdit() const;
+  LinkSettingsPage* linkPage() const { return link_page_; }
   QLineEdit* pluginEdit() const { return plugin_; }
   const PluginSettings& pluginSettings() const { return plugin_settings_; }
   // The pop-up items as the editor will store them (Windows-1252).
@@ -94,7 +97,7 @@ class FieldEditorDialog : public QDialog {
   QLineEdit* then_text_ = nullptr;
   QComboBox* else_field_ = nullptr;
   QLineEdit* else_text_ = nullptr;
-  QLineEdit* target_ = nullptr;
+  LinkSettingsPage* link_page_ = nullptr;
   QLineEdit* plugin_ = nullptr;
   PluginSettings plugin_settings_;  // what the plug-in's configuration set, stored on OK
   std::map<int, int> page_of_type_;

@@ -1,17 +1,21 @@
 // Linked databases driven as a user drives them: a project's record shows its tasks and opens
 // them, a task opens its steps, Back returns; a task added under the restriction takes the
 // project's key, a task is reassigned to another project, and deleting a project deletes its
-// tasks. Pictures of the parent record and of the restricted list are written on the way.
+// tasks. Pictures of the parent record and of the restricted list are written on the way. The
+// field editor defines a DB Popup and a Relationship with the other database's fields.
 
 #include <QComboBox>
 #include <QInputDialog>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QtTest>
 
 #include "app/delete_records_dialog.h"
 #include "app/field_controls.h"
+#include "app/field_editor_dialog.h"
+#include "app/link_settings_page.h"
 #include "app/linked_navigation.h"
 #include "app/main_window.h"
 #include "app/record_editor_dialog.h"
@@ -43,6 +47,25 @@ QPushButton* LinkButton(app::RecordEditorDialog* editor, int slot) {
   return editor->control(slot)->widget()->findChild<QPushButton*>();
 }
 
+// A new field of `type` reaching `target`, as the field editor shows it before OK.
+void NewLinkField(app::FieldEditorDialog& editor, const char* name, unsigned type,
+                  const char* target) {
+  editor.nameEdit()->setText(name);
+  editor.SelectType(type);
+  editor.targetEdit()->setText(target);
+  emit editor.targetEdit()->editingFinished();
+}
+
+void Choose(QComboBox* box, const QString& text) {
+  const int at = box->findText(text);
+  QVERIFY2(at > 0, qPrintable(text));
+  box->setCurrentIndex(at);
+}
+
+int LinkByte(const Database& db, int slot, std::size_t offset) {
+  return db.definition().field(slot).bytes()[offset];
+}
+
 }  // namespace
 
 class LinkedDatabasesTest : public QObject {
@@ -51,6 +74,7 @@ class LinkedDatabasesTest : public QObject {
  private slots:
   void ParentChildGrandchildAndBack();
   void DbPopupPicksAndFillsItsPair();
+  void FieldEditorDefinesLinkSettings();
 };
 
 void LinkedDatabasesTest::ParentChildGrandchildAndBack() {
@@ -185,6 +209,88 @@ void LinkedDatabasesTest::DbPopupPicksAndFillsItsPair() {
   const Database& db = h.workspace().current();
   QCOMPARE(RecordValueText(db, 0, 1, {}), std::string("Garage"));
   QCOMPARE(RecordValueText(db, 0, 2, {}), std::string("Garage"));
+}
+
+void LinkedDatabasesTest::FieldEditorDefinesLinkSettings() {
+  test::EditorHarness h;
+  test::SaveLinkedFamily(h.paths.DataFolder());
+  auto orders = test::DatabaseBuilder("Orders")
+                    .Field("Order", kText)
+                    .Field("Note", kText)
+                    .Field("Number", kInteger)
+                    .Build();
+  orders->path = h.paths.DataFolder() + "/Orders.PDB";
+  QVERIFY(SaveDatabase(*orders, h.clock));
+  QVERIFY(h.application.window().flows().OpenDatabaseFile(orders->path));
+  Database& db = h.db();
+
+  // A DB Popup showing the tasks' Project field, in pairing group 3; the tasks' file name
+  // differs from their title, so only the folder listing finds them.
+  app::FieldEditorDialog popup(h.workspace(), db, -1);
+  NewLinkField(popup, "Task's project", kDbPopup, "Project Tasks");
+  app::LinkSettingsPage* page = popup.linkPage();
+  QVERIFY(page->offersOtherFields());
+  QVERIFY(page->otherFieldBox()->isVisibleTo(page));
+  QVERIFY(!page->otherFieldEdit()->isVisibleTo(page));
+  QCOMPARE(page->otherFieldBox()->findText("Steps"), -1);  // a Link shows nothing to pick
+  Choose(page->otherFieldBox(), "Project");
+  page->pairBox()->setValue(3);
+  test::Shoot(popup, "field_editor_link_page");
+  popup.accept();
+  QCOMPARE(popup.result(), int(QDialog::Accepted));
+  const int popup_slot = popup.slot();
+  QCOMPARE(LinkTarget(db.definition().field(popup_slot)), std::string("Project Tasks"));
+  QCOMPARE(LinkByte(db, popup_slot, link_settings::kSourceField), 1);
+  QCOMPARE(LinkByte(db, popup_slot, link_settings::kPairGroup), 3);
+
+  // Cancel leaves the field as it was.
+  {
+    app::FieldEditorDialog again(h.workspace(), db, popup_slot);
+    QCOMPARE(again.linkPage()->otherFieldBox()->currentText(), QString("Project"));
+    QCOMPARE(again.linkPage()->pairBox()->value(), 3);
+    again.linkPage()->pairBox()->setValue(9);
+    Choose(again.linkPage()->otherFieldBox(), "Task");
+    again.reject();
+  }
+  QCOMPARE(LinkByte(db, popup_slot, link_settings::kSourceField), 1);
+  QCOMPARE(LinkByte(db, popup_slot, link_settings::kPairGroup), 3);
+
+  // A Relationship from this database's Number to the steps' Task field.
+  app::FieldEditorDialog relation(h.workspace(), db, -1);
+  NewLinkField(relation, "Steps", kRelationship, "Steps");
+  page = relation.linkPage();
+  QVERIFY(page->keyFieldBox()->isVisibleTo(page));
+  QCOMPARE(page->keyFieldBox()->count(), 2);  // none, and the one Integer field
+  Choose(page->keyFieldBox(), "Number");
+  QCOMPARE(page->otherFieldBox()->count(), 2);  // none, and the one Linked field
+  Choose(page->otherFieldBox(), "Task");
+  relation.accept();
+  const int relation_slot = relation.slot();
+  QCOMPARE(LinkByte(db, relation_slot, link_settings::kSourceField), 2);
+  QCOMPARE(LinkByte(db, relation_slot, link_settings::kOtherField), 1);
+  Database steps;
+  QVERIFY(LoadDatabase(steps, h.paths.DataFolder() + "/Steps.PDB", h.prompter));
+  QCOMPARE(ChildKeyField(db, relation_slot, steps), 1);
+
+  // A database that is not there: its field is typed, by number, as a name cannot be looked up.
+  app::FieldEditorDialog missing(h.workspace(), db, relation_slot);
+  page = missing.linkPage();
+  page->targetEdit()->setText("Elsewhere");
+  emit page->targetEdit()->editingFinished();
+  QVERIFY(!page->offersOtherFields());
+  QVERIFY(page->otherFieldEdit()->isVisibleTo(page));
+  QCOMPARE(page->otherFieldEdit()->text(), QString("2"));
+  test::Shoot(missing, "field_editor_link_fallback");
+  page->otherFieldEdit()->setText("Task");
+  missing.accept();
+  QVERIFY(missing.result() != QDialog::Accepted);
+  QVERIFY(QString::fromStdString(h.prompter.Messages().back()).contains("type its number"));
+  QCOMPARE(LinkTarget(db.definition().field(relation_slot)), std::string("Steps"));
+  page->otherFieldEdit()->setText("4");
+  missing.accept();
+  QCOMPARE(LinkTarget(db.definition().field(relation_slot)), std::string("Elsewhere"));
+  QCOMPARE(LinkByte(db, relation_slot, link_settings::kOtherField), 3);
+  QCOMPARE(LinkByte(db, relation_slot, link_settings::kSourceField), 2);
 }
 
 QTEST_MAIN(LinkedDatabasesTest)
