@@ -36,9 +36,11 @@ class BeamCommands : public ::testing::Test {
   std::map<std::string, std::string> Environment() const {
     return {{"XDG_RUNTIME_DIR", folder_.path()}, {"XDG_CONFIG_HOME", folder_.Path("config")}};
   }
+  // Generous patience: the receiver is a separate process that may be slow to start on a loaded
+  // machine, and a sender that gives up first would leave it waiting for ever.
   QvdbResult Send(const std::string& port, std::vector<std::string> extra = {}) {
     std::vector<std::string> args{"beam",   "send", source_, "--to", "127.0.0.1:" + port,
-                                  "--wait", "5"};
+                                  "--wait", "60"};
     args.insert(args.end(), extra.begin(), extra.end());
     return RunQvdb(args, "", Environment());
   }
