@@ -26,15 +26,16 @@ bool HaveObexTcp() {
 class ObexTcp {
  public:
   ObexTcp(const std::string& folder, const std::string& log, std::vector<std::string> args) {
+    // Built before fork: the child of a threaded process must not allocate.
+    std::vector<char*> argv{const_cast<char*>("obex_tcp")};
+    for (auto& a : args) argv.push_back(a.data());
+    argv.push_back(nullptr);
     pid_ = fork();
     if (pid_ == 0) {
       if (chdir(folder.c_str()) != 0) _exit(127);
       int out = open(log.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
       dup2(out, 1);
       dup2(out, 2);
-      std::vector<char*> argv{const_cast<char*>("obex_tcp")};
-      for (auto& a : args) argv.push_back(a.data());
-      argv.push_back(nullptr);
       execvp("obex_tcp", argv.data());
       _exit(127);
     }

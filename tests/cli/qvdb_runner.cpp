@@ -11,12 +11,43 @@
 
 namespace qv::test {
 
+namespace {
+
+// The child's environment: this one without the password variables, with `changes` applied.
+std::vector<std::string> ChildEnvironment(const std::map<std::string, std::string>& changes) {
+  std::vector<std::string> entries;
+  for (char** e = environ; *e != nullptr; ++e) {
+    std::string entry = *e;
+    std::string name = entry.substr(0, entry.find('='));
+    if (name == "QUORVANT_PASSWORD" || name == "QUORVANT_NEW_PASSWORD" || changes.count(name))
+      continue;
+    entries.push_back(std::move(entry));
+  }
+  for (const auto& [name, value] : changes) entries.push_back(name + "=" + value);
+  return entries;
+}
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  for (auto& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+}  // namespace
+
 QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string& input,
                    const std::map<std::string, std::string>& environment) {
   TempFolder io;
   std::string in_path = io.Path("in"), out_path = io.Path("out"), err_path = io.Path("err");
   std::ofstream(in_path, std::ios::binary) << input;
   QvdbResult result;
+  // Everything the child needs is built before fork: tests run qvdb from several threads, and a
+  // child of a threaded process must not allocate (another thread may hold the allocator's lock).
+  std::vector<std::string> args{QVDB_PATH};
+  args.insert(args.end(), arguments.begin(), arguments.end());
+  std::vector<std::string> env = ChildEnvironment(environment);
+  std::vector<char*> argv = Pointers(args), envp = Pointers(env);
   pid_t pid = fork();
   if (pid == 0) {
     int in = open(in_path.c_str(), O_RDONLY);
@@ -25,16 +56,7 @@ QvdbResult RunQvdb(const std::vector<std::string>& arguments, const std::string&
     dup2(in, 0);
     dup2(out, 1);
     dup2(err, 2);
-    unsetenv("QUORVANT_PASSWORD");
-    unsetenv("QUORVANT_NEW_PASSWORD");
-    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    std::vector<char*> argv;
-    std::string program = QVDB_PATH;
-    argv.push_back(program.data());
-    std::vector<std::string> copy = arguments;
-    for (auto& a : copy) argv.push_back(a.data());
-    argv.push_back(nullptr);
-    execv(program.c_str(), argv.data());
+    execve(argv[0], argv.data(), envp.data());
     _exit(127);
   }
   int status = 0;
