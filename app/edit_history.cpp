@@ -41,7 +41,7 @@ bool EditHistory::StillCurrent(const Database* db) const {
   return workspace_.has_open_database() && &workspace_.current() == db;
 }
 
-void EditHistory::Record(const QString& label, const std::vector<RecordSlot>& before) {
+void EditHistory::Record(const QString& label, const RecordTable& before) {
   if (!workspace_.has_open_database()) return;
   Database& db = workspace_.current();
   TableChange change = TableChange::Between(before, db);

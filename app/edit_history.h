@@ -20,7 +20,7 @@ class EditHistory : public QObject {
   QUndoStack* stack() const { return stack_; }
   // After an edit of the current database: keeps what turned `before` into its table now,
   // named `label` ("Edit Record"); nothing when the table did not change.
-  void Record(const QString& label, const std::vector<RecordSlot>& before);
+  void Record(const QString& label, const RecordTable& before);
   // The database was opened, closed or replaced: nothing before this can be undone.
   void Clear();
   // The label for an editor session that began with `count_before` records.

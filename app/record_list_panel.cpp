@@ -233,7 +233,7 @@ void RecordListPanel::OpenEditor(Database& db, std::uint32_t number, bool view_o
   Refresh();
 }
 
-void RecordListPanel::Remember(const QString& label, const std::vector<RecordSlot>& before) {
+void RecordListPanel::Remember(const QString& label, const RecordTable& before) {
   if (history_) history_->Record(label, before);
 }
 
@@ -333,7 +333,7 @@ void RecordListPanel::RunColumnCommand(int column, int command) {
       EditProperties(slot);
       return;
     case command::kSetValues: {
-      std::vector<RecordSlot> before = db.records;  // the whole column may change
+      RecordTable before = db.records;  // the whole column may change
       if (data_.SetValues(slot)) {
         Remember(tr("Set Values"), before);
         Refresh();

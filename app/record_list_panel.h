@@ -43,7 +43,7 @@ class RecordListPanel : public QWidget {
   void setSaveCurrent(std::function<void()> save) { save_current_ = std::move(save); }
   // After a command changed records ("Set Values To.." among them): keeps the change for Undo,
   // named `label`; `before` is the record table as it was.
-  void Remember(const QString& label, const std::vector<RecordSlot>& before);
+  void Remember(const QString& label, const RecordTable& before);
   // The column menu's commands (1300..1305) for the field of `column`.
   void RunColumnCommand(int column, int command);
   // The report of a field (slot -1: none chosen) in the report window.

@@ -88,7 +88,7 @@ void SortBench(benchmark::State& state, std::vector<SortKey> keys) {
   auto db = MakeDatabase();
   for (int k = 0; k < kSortKeys; ++k)
     db->definition().set_sort_key(k, k < static_cast<int>(keys.size()) ? keys[k] : SortKey{});
-  const std::vector<RecordSlot> original = db->records;
+  const RecordTable original = db->records;
   SilentPrompter quiet;
   for (auto _ : state) {
     state.PauseTiming();
@@ -140,7 +140,7 @@ void BM_FilterThreeConditions(benchmark::State& state) {
 
 void BM_RecalculateTwoFields(benchmark::State& state) {
   auto db = MakeDatabase();
-  const std::vector<RecordSlot> original = db->records;
+  const RecordTable original = db->records;
   SilentPrompter quiet;
   for (auto _ : state) {
     state.PauseTiming();

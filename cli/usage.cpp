@@ -1,15 +1,29 @@
 #include "cli/usage.h"
 
-#include <QRegularExpression>
 #include <ostream>
 
 namespace qv::cli {
+
+namespace {
+
+// "[NAME]": an optional positional argument, not an option group.
+bool IsOptionalWord(const QString& word) {
+  if (word.size() < 3 || word.front() != '[' || word.back() != ']') return false;
+  if (word.at(1) < 'A' || word.at(1) > 'Z') return false;
+  for (qsizetype i = 2; i + 1 < word.size(); ++i) {
+    const QChar c = word.at(i);
+    if (!((c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '.' || c == '='))
+      return false;
+  }
+  return true;
+}
+
+}  // namespace
 
 int MaxPositionalOf(std::string_view usage) {
   QStringList words = QString::fromUtf8(usage.data(), static_cast<qsizetype>(usage.size()))
                           .split(' ', Qt::SkipEmptyParts);
   if (!words.isEmpty()) words.removeFirst();  // the command's name
-  static const QRegularExpression optional_word("^\\[[A-Z][A-Z0-9_.=]*\\]$");
   int count = 0;
   int depth = 0;
   bool option_value = false;  // the word after an option is its value
@@ -18,7 +32,7 @@ int MaxPositionalOf(std::string_view usage) {
     for (QChar c : word) depth += (c == '[' || c == '(') - (c == ']' || c == ')');
     if (!top) continue;
     if (word.front() == '[' || word.front() == '(') {
-      if (optional_word.match(word).hasMatch()) ++count;
+      if (IsOptionalWord(word)) ++count;
       option_value = false;
       continue;
     }

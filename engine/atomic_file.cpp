@@ -14,6 +14,7 @@
 #include <fstream>
 #include <sstream>
 #include <thread>
+#include <type_traits>
 
 #include "engine/save_journal.h"
 
@@ -129,14 +130,15 @@ int OpenRegularFile(const std::string& path) {
 
 namespace {
 
-// One read of the whole file, into storage that is not zero-filled first.
-std::optional<Bytes> ReadOnce(int fd, std::uint64_t limit, FileStamp& stamp) {
+// One read of the whole file, into storage made for it.
+template <class Buffer>
+std::optional<Buffer> ReadOnce(int fd, std::uint64_t limit, FileStamp& stamp) {
   struct stat st;
   if (::fstat(fd, &st) != 0 || static_cast<std::uint64_t>(st.st_size) > limit) return std::nullopt;
   const std::string path = stamp.path;
   stamp = StampFromStat(st);
   stamp.path = path;
-  Bytes bytes(static_cast<std::size_t>(st.st_size));
+  Buffer bytes(static_cast<std::size_t>(st.st_size));
   std::size_t done = 0;
   while (done < bytes.size()) {
     ssize_t n = ::pread(fd, bytes.data() + done, bytes.size() - done, static_cast<off_t>(done));
@@ -145,22 +147,26 @@ std::optional<Bytes> ReadOnce(int fd, std::uint64_t limit, FileStamp& stamp) {
     if (n == 0) break;  // shrunk while being read: what is there
     done += static_cast<std::size_t>(n);
   }
-  bytes.resize(done);
+  if (done < bytes.size()) {
+    if constexpr (std::is_same_v<Buffer, Bytes>)
+      bytes.resize(done);
+    else
+      bytes.Shrink(done);
+  }
   return bytes;
 }
 
-}  // namespace
-
-std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit, FileStamp* stamp) {
+template <class Buffer>
+std::optional<Buffer> ReadWhole(const std::string& path, std::uint64_t limit, FileStamp* stamp) {
   // A save writing a few bytes in place may run meanwhile: what it had written is undone in the
   // copy, or the file (perhaps replaced by then) is opened and read again once it has finished.
-  std::optional<Bytes> bytes;
+  std::optional<Buffer> bytes;
   FileStamp read;
   read.path = path;
   for (int attempt = 0; attempt < 50; ++attempt) {
     int fd = OpenRegularFile(path);
     if (fd < 0) return std::nullopt;
-    bytes = ReadOnce(fd, limit, read);
+    bytes = ReadOnce<Buffer>(fd, limit, read);
     ::close(fd);
     if (!bytes || CheckJournal(path, read, *bytes) != JournalCheck::ReadAgain) break;
     bytes.reset();
@@ -168,6 +174,17 @@ std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit,
   }
   if (bytes && stamp) *stamp = read;
   return bytes;
+}
+
+}  // namespace
+
+std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit, FileStamp* stamp) {
+  return ReadWhole<Bytes>(path, limit, stamp);
+}
+
+std::optional<FileBytes> ReadFileImage(const std::string& path, std::uint64_t limit,
+                                       FileStamp* stamp) {
+  return ReadWhole<FileBytes>(path, limit, stamp);
 }
 
 std::optional<Bytes> ReadInputFile(const std::string& path, std::uint64_t limit) {

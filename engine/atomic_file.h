@@ -9,6 +9,7 @@
 #include <string>
 
 #include "engine/bytes.h"
+#include "engine/file_bytes.h"
 
 namespace qv {
 
@@ -41,6 +42,9 @@ int OpenRegularFile(const std::string& path);
 // read. `stamp`, when given, receives what was read.
 std::optional<Bytes> ReadWholeFile(const std::string& path, std::uint64_t limit = kMaxFileSize,
                                    FileStamp* stamp = nullptr);
+// The same, into storage made for a large file kept in memory (a database's image).
+std::optional<FileBytes> ReadFileImage(const std::string& path, std::uint64_t limit = kMaxFileSize,
+                                       FileStamp* stamp = nullptr);
 
 // For files a user hands in to be read (CSV): a regular file, or a pipe such as /dev/stdin or a
 // shell's <(...), read to its end; nothing for devices and folders or beyond `limit` bytes.

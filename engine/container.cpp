@@ -107,7 +107,7 @@ ParseResult ParseRecords(const FileImage& image_owner, std::size_t file_size, bo
     return result;
   }
   file.records.resize(kSchemaRecords);
-  if (with_data) file.data.resize(count - kSchemaRecords);
+  if (with_data) file.data.reserve(count - kSchemaRecords);  // filled in order below
   // Records must lie after the list, inside the file, in list order; the last one runs to the end.
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint8_t* e = image.data() + kHeaderSize + kEntrySize * i;
@@ -132,7 +132,7 @@ ParseResult ParseRecords(const FileImage& image_owner, std::size_t file_size, bo
     if (i < kSchemaRecords)
       file.records[i] = {std::move(data), e[4], uid};
     else
-      file.data[i - kSchemaRecords] = {std::move(data), uid, e[4]};
+      file.data.push_back({std::move(data), uid, e[4]});
   }
   result.file = std::move(file);
   return result;
@@ -219,9 +219,8 @@ int ReadHeader(const std::string& path, Header& header) {
   return header.IsQuorvant() ? 1 : -1;
 }
 
-std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
-                                   std::size_t& file_size) {
-  std::optional<Bytes> bytes;
+std::optional<FileBytes> ReadFileStart(const std::string& path, std::size_t limit,
+                                       std::size_t& file_size) {
   for (int attempt = 0; attempt < 50; ++attempt) {
     int fd = OpenRegularFile(path);
     if (fd < 0) return std::nullopt;
@@ -232,10 +231,10 @@ std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
       ::close(fd);
       continue;
     }
-    Bytes start;
+    FileBytes start;
     if (read) {
       file_size = static_cast<std::size_t>(st.st_size);
-      start.resize(std::min(limit, file_size));
+      start = FileBytes(std::min(limit, file_size));
       std::size_t done = 0;
       while (done < start.size()) {
         ssize_t n = ::pread(fd, start.data() + done, start.size() - done, static_cast<off_t>(done));
@@ -250,7 +249,7 @@ std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
     if (CheckJournal(path, before, start) != JournalCheck::ReadAgain) return start;
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  return bytes;
+  return std::nullopt;
 }
 
 namespace {

@@ -64,7 +64,7 @@ struct RawRecord {
 struct ContainerFile {
   Header header;
   std::vector<RawRecord> records;  // the schema records
-  std::vector<RecordSlot> data;    // the data records that follow them
+  RecordTable data;    // the data records that follow them
 };
 
 // Why a container could not be read; each maps to the system's message.
@@ -113,8 +113,8 @@ bool TestForFile(const std::string& path);
 int ReadHeader(const std::string& path, Header& header);
 
 // The first `limit` bytes of a regular file (fewer when it is shorter) and the file's size.
-std::optional<Bytes> ReadFileStart(const std::string& path, std::size_t limit,
-                                   std::size_t& file_size);
+std::optional<FileBytes> ReadFileStart(const std::string& path, std::size_t limit,
+                                       std::size_t& file_size);
 
 // Finds the database whose header name is `name` in the folder of `reference_path`: the exact
 // file name, then blanks turned into underscores, then every .PDB file of the folder.

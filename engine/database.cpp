@@ -32,7 +32,7 @@ std::unique_ptr<Database> NewDatabase(std::string_view name, const Clock& clock)
 
 ReadError ParseDatabase(std::span<const std::uint8_t> image, Database& db,
                         std::uint32_t& bad_record) {
-  return ParseDatabase(std::make_shared<const Bytes>(image.begin(), image.end()), db, bad_record);
+  return ParseDatabase(std::make_shared<const FileBytes>(image), db, bad_record);
 }
 
 namespace {
@@ -58,7 +58,7 @@ ReadError ParseParts(const FileImage& image, std::size_t file_size, LoadParts pa
 }
 
 // The start of a file up to its first data record: the header, the list and the schema records.
-std::optional<Bytes> ReadSchemaStart(const std::string& path, std::size_t& file_size,
+std::optional<FileBytes> ReadSchemaStart(const std::string& path, std::size_t& file_size,
                                      FileStamp& stamp) {
   stamp = StampOf(path);
   // The header with the entries up to the first data record's, then all that is needed at once.
@@ -87,8 +87,12 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, Loa
   }
   FileStamp stamp;
   std::size_t file_size = 0;
-  auto bytes = parts == LoadParts::All ? ReadWholeFile(path, kMaxFileSize, &stamp)
-                                       : ReadSchemaStart(path, file_size, stamp);
+  std::optional<FileBytes> bytes;
+  if (parts == LoadParts::All) {
+    bytes = ReadFileImage(path, kMaxFileSize, &stamp);
+  } else {
+    bytes = ReadSchemaStart(path, file_size, stamp);
+  }
   if (!bytes) {
     prompter.message("Could not initialize file", "Error", Icon::Error);
     return false;
@@ -96,7 +100,7 @@ bool LoadDatabase(Database& db, const std::string& path, Prompter& prompter, Loa
   if (parts == LoadParts::All) file_size = bytes->size();
   Database fresh;
   std::uint32_t bad_record = 0;
-  auto image = std::make_shared<const Bytes>(std::move(*bytes));
+  auto image = std::make_shared<const FileBytes>(std::move(*bytes));
   switch (ParseParts(image, file_size, parts, fresh, bad_record)) {
     case ReadError::None:
       break;
@@ -146,7 +150,7 @@ namespace {
 // its size and they are few and small: such a save is written in place (PatchFileInPlace).
 // Records still viewing the image at their old offset are skipped without comparing.
 std::optional<std::vector<FilePatch>> PatchesAgainst(const ContainerLayout& layout,
-                                                     const Bytes& image, std::uint64_t disk_size) {
+                                                     const FileBytes& image, std::uint64_t disk_size) {
   constexpr std::size_t kJoinGap = 64;  // nearby differences go into one range
   constexpr std::size_t kMostRanges = 256;
   const std::size_t most_bytes = std::max<std::size_t>(64 << 10, image.size() / 16);

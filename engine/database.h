@@ -30,7 +30,7 @@ struct Database {
   std::string name = "Untitled";  // what titles and prompts show
   Header header;
   Schema schema;
-  std::vector<RecordSlot> records;     // the record table, in display order
+  RecordTable records;     // the record table, in display order
   std::vector<std::uint32_t> visible;  // record numbers that pass the filter, in order
   bool loaded = false;
   bool changed = false;  // while set, record 0 is written with its dirty bit

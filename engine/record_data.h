@@ -7,13 +7,16 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "engine/bytes.h"
+#include "engine/file_bytes.h"
+#include "engine/large_memory.h"
 
 namespace qv {
 
 // A whole file as read, shared by every record that still views it.
-using FileImage = std::shared_ptr<const Bytes>;
+using FileImage = std::shared_ptr<const FileBytes>;
 
 class RecordData {
  public:
@@ -66,5 +69,8 @@ struct RecordSlot {
   std::uint32_t uid = 0;
   std::uint8_t attributes = 0;
 };
+
+// The record table of an open database; tens of thousands of slots, so a large block.
+using RecordTable = std::vector<RecordSlot, LargeAllocator<RecordSlot>>;
 
 }  // namespace qv

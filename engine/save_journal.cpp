@@ -180,7 +180,7 @@ bool SectorsOldOrNew(const Range& r, std::span<const std::uint8_t> now, bool& al
 // The ranges as `bytes` (the file from its start, perhaps only a part) holds them, those beyond
 // it as the file at `path` does now: whether each is old or new sector by sector, and whether
 // all are new.
-bool CopyFitsJournal(const Journal& j, const Bytes& bytes, const std::string& path,
+bool CopyFitsJournal(const Journal& j, std::span<const std::uint8_t> bytes, const std::string& path,
                      bool& all_new) {
   all_new = true;
   Bytes beyond;
@@ -323,7 +323,8 @@ std::optional<WriteOutcome> PatchFileInPlace(const std::string& path,
   return out;
 }
 
-JournalCheck CheckJournal(const std::string& path, const FileStamp& before, Bytes& bytes) {
+JournalCheck CheckJournal(const std::string& path, const FileStamp& before,
+                          std::span<std::uint8_t> bytes) {
   const std::string target = SaveTarget(path);
   Journal j;
   bool undo = false;

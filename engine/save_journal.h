@@ -49,7 +49,8 @@ enum class JournalCheck {
 // For a reader that read `bytes` from the start of the file at `path` (all of it, or a part),
 // described by `before` (taken before the read): puts back the old bytes of an unfinished save,
 // and tells when a save overlapped the read.
-JournalCheck CheckJournal(const std::string& path, const FileStamp& before, Bytes& bytes);
+JournalCheck CheckJournal(const std::string& path, const FileStamp& before,
+                          std::span<std::uint8_t> bytes);
 
 // Puts back on disk the old bytes of a save that was cut short, and removes its journal. Only
 // for a caller holding the database's lock (no save can be running). False when a journal that

@@ -49,19 +49,36 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() && Stricmp(a, b) == 0;
 }
 
-bool ContainsNoCase(std::string_view hay, std::string_view needle) {
+namespace {
+
+// Only places that start with the needle's first letter, in either case, are compared. For a
+// letter, setting bit 5 folds the capital onto it and maps nothing else there. A needle holds no
+// NUL, so a comparison never runs past one.
+template <bool kStopAtNul>
+bool SearchNoCase(std::string_view hay, std::string_view needle) {
   if (needle.empty()) return true;
   if (needle.size() > hay.size()) return false;
-  // Only places that start with the needle's first letter, in either case, are compared.
-  const char lower = LowerAscii(needle[0]);
-  const char upper = lower >= 'a' && lower <= 'z' ? static_cast<char>(lower - 'a' + 'A') : lower;
-  for (size_t i = 0; i + needle.size() <= hay.size(); ++i) {
-    if (hay[i] != lower && hay[i] != upper) continue;
-    size_t k = 1;
+  const char first = LowerAscii(needle[0]);
+  const char fold = first >= 'a' && first <= 'z' ? 0x20 : 0;
+  const std::size_t last = hay.size() - needle.size();
+  for (std::size_t i = 0; i <= last; ++i) {
+    if (kStopAtNul && hay[i] == '\0') return false;
+    if (static_cast<char>(hay[i] | fold) != first) continue;
+    std::size_t k = 1;
     while (k < needle.size() && LowerAscii(hay[i + k]) == LowerAscii(needle[k])) ++k;
     if (k == needle.size()) return true;
   }
   return false;
+}
+
+}  // namespace
+
+bool ContainsNoCase(std::string_view hay, std::string_view needle) {
+  return SearchNoCase<false>(hay, needle);
+}
+
+bool CStringContainsNoCase(std::string_view bytes, std::string_view needle) {
+  return SearchNoCase<true>(bytes, needle);
 }
 
 namespace {

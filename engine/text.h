@@ -20,6 +20,9 @@ std::string ToLowerAscii(std::string_view text);
 int Stricmp(std::string_view a, std::string_view b);
 // Whether needle occurs in hay, ignoring ASCII case.
 bool ContainsNoCase(std::string_view hay, std::string_view needle);
+// The same for the text that ends at the first NUL of `bytes` (or at their end), in one pass: a
+// filter asks this of every record. `needle` holds no NUL.
+bool CStringContainsNoCase(std::string_view bytes, std::string_view needle);
 bool EqualsNoCase(std::string_view a, std::string_view b);
 
 // Windows-1252 <-> UTF-8 at the user-facing boundaries (files keep 8-bit text).

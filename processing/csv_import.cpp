@@ -103,7 +103,7 @@ void MergeAppendedInSortOrder(Database& db, std::uint32_t old_count) {
   auto less = [&db](std::uint32_t a, std::uint32_t b) { return CompareRecords(db, a, b) < 0; };
   std::stable_sort(order.begin() + old_count, order.end(), less);
   std::inplace_merge(order.begin(), order.begin() + old_count, order.end(), less);
-  std::vector<RecordSlot> sorted;
+  RecordTable sorted;
   sorted.reserve(db.count());
   for (std::uint32_t i : order) sorted.push_back(std::move(db.records[i]));
   db.records = std::move(sorted);
@@ -242,7 +242,7 @@ class RowImporter {
 
   ImportResult Finish() {
     if (!spans_.empty()) {
-      auto image = std::make_shared<const Bytes>(std::move(encoded_));
+      auto image = std::make_shared<const FileBytes>(std::move(encoded_));
       for (std::size_t k = 0; k < spans_.size(); ++k) {
         db_.records[old_count_ + k].data = RecordData(image, spans_[k].first, spans_[k].second);
         NoteStoredRecord(db_, static_cast<std::uint32_t>(old_count_ + k));

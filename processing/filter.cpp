@@ -21,8 +21,17 @@ constexpr std::uint8_t kGroupClose = 0x02;
 // again for every record.
 struct Conditions {
   std::array<Condition, kConditions> c;
+  std::array<unsigned, kConditions> type{};      // the type of the field each one tests
+  std::array<int, kConditions + 1> next_used{};  // the first condition in use from i on
+  bool all_joined_by_and = true;                 // no OR and no group: a plain conjunction
   explicit Conditions(const Database& db) {
-    for (int i = 0; i < kConditions; ++i) c[i] = db.definition().condition(i);
+    for (int i = 0; i < kConditions; ++i) {
+      c[i] = db.definition().condition(i);
+      type[i] = db.definition().field_type(c[i].field);
+      if (c[i].in_use && ((c[i].join & kJoinOr) || c[i].group)) all_joined_by_and = false;
+    }
+    next_used[kConditions] = kConditions;
+    for (int i = kConditions - 1; i >= 0; --i) next_used[i] = c[i].in_use ? i : next_used[i + 1];
   }
 };
 
@@ -31,11 +40,14 @@ std::string_view LimitText(const std::array<std::uint8_t, 40>& text) {
 }
 
 // Text conditions: an empty "Must Contain" text asks for an empty value.
-int TextTest(std::string_view value, const Condition& c) {
+int TextTest(std::span<const std::uint8_t> value, const Condition& c) {
+  // The stored bytes as they are: the text ends at the first NUL, which the search stops at.
+  std::string_view stored(reinterpret_cast<const char*>(value.data()), value.size());
+  const bool empty = stored.empty() || stored.front() == '\0';
   std::string_view needle = LimitText(c.first);
-  if (needle.empty()) return value.empty() ? 1 : 0;
-  if (value.empty()) return 0;
-  return ContainsNoCase(value, needle) ? 1 : 0;
+  if (needle.empty()) return empty ? 1 : 0;
+  if (empty) return 0;
+  return CStringContainsNoCase(stored, needle) ? 1 : 0;
 }
 
 int FloatTest(std::span<const std::uint8_t> value, const Condition& c) {
@@ -67,12 +79,12 @@ int CalculatedTest(ConstFieldDefinition field, std::span<const std::uint8_t> val
   }
 }
 
-int Test(const Database& db, const Condition& c, std::span<const std::uint8_t> record) {
+int Test(const Database& db, const Condition& c, unsigned type,
+         std::span<const std::uint8_t> record) {
   auto ref = LocateValue(record, c.field);
   if (!ref) return 0;
   std::span<const std::uint8_t> value = record.subspan(ref->offset, ref->length);
-  ConstFieldDefinition field = db.definition().field(c.field);
-  switch (field.type()) {
+  switch (type) {
     case kNotUsed:
     case kImage:
     case kLink:
@@ -82,7 +94,7 @@ int Test(const Database& db, const Condition& c, std::span<const std::uint8_t> r
     case kText:
     case kNote:
     case kDbPopup:
-    case kConditional: return TextTest(ValueText(value), c);
+    case kConditional: return TextTest(value, c);
     case kInteger: {
       if (value.size() < 4) return 0;
       std::int32_t v = ValueInt32(value);
@@ -112,14 +124,16 @@ int Test(const Database& db, const Condition& c, std::span<const std::uint8_t> r
     }
     case kLinked:
       if (value.size() < 25) return 0;
-      return TextTest(ValueText(value.subspan(24)), c);
-    case kCalculated: return CalculatedTest(field, value, c);
+      return TextTest(value.subspan(24), c);
+    case kCalculated: return CalculatedTest(db.definition().field(c.field), value, c);
     default: return 0;
   }
 }
 
-int TestWithNot(const Database& db, const Condition& c, std::span<const std::uint8_t> record) {
-  int r = Test(db, c, record);
+int TestWithNot(const Database& db, const Conditions& all, int i,
+                std::span<const std::uint8_t> record) {
+  const Condition& c = all.c[i];
+  int r = Test(db, c, all.type[i], record);
   return (c.join & kJoinNot) ? 1 - (r > 0) : r;
 }
 
@@ -131,22 +145,20 @@ int Evaluate(const Database& db, const Conditions& all, int first, int& last_use
   }
   int acc = -1;
   int i = first;
-  while (i < kConditions) {
+  while ((i = all.next_used[i]) < kConditions) {  // conditions not in use are passed over
     const Condition& c = all.c[i];
-    if (!c.in_use) {
-      ++i;
-      continue;
-    }
     // The ")" bit closes the group before the condition that carries it; on purpose.
     if (acc != -1 && nested && (c.group & kGroupClose)) break;
     int r;
     int used = i;
     if (acc == -1 && !top_level) {
-      r = TestWithNot(db, c, record);
+      r = TestWithNot(db, all, i, record);
     } else if (c.group & kGroupOpen) {
       r = Evaluate(db, all, i, used, record, false, true);
+    } else if (acc != -1 && (c.join & kJoinOr) == (acc > 0 ? kJoinOr : 0)) {
+      r = acc;  // the outcome is settled (false AND x, true OR x); tests have no side effects
     } else {
-      r = TestWithNot(db, c, record);
+      r = TestWithNot(db, all, i, record);
     }
     if (acc == -1) acc = r;
     else if (c.join & kJoinOr) acc = (acc > 0 || r > 0) ? 1 : 0;
@@ -178,6 +190,11 @@ bool Passes(const Database& db, const Conditions& all, bool any_in_use, std::uin
   // Enciphered values cannot be tested: the record is left out.
   if (IsRecordEnciphered(record)) return false;
   if (restricted && !MatchesRestriction(db, record)) return false;
+  if (all.all_joined_by_and) {  // the common case, without the walk through groups
+    for (int i = all.next_used[0]; i < kConditions; i = all.next_used[i + 1])
+      if (TestWithNot(db, all, i, record) <= 0) return false;
+    return true;
+  }
   int last = 0;
   return Evaluate(db, all, 0, last, record, true, false) != 0;
 }
@@ -186,7 +203,8 @@ bool Passes(const Database& db, const Conditions& all, bool any_in_use, std::uin
 
 int TestCondition(const Database& db, int index, std::span<const std::uint8_t> record) {
   if (index < 0 || index >= kConditions) return 0;
-  return Test(db, db.definition().condition(index), record);
+  const Condition c = db.definition().condition(index);
+  return Test(db, c, db.definition().field_type(c.field), record);
 }
 
 int EvaluateConditions(const Database& db, int first, int& last_used,

@@ -182,7 +182,7 @@ void SortWithKeys(Database& db, const KeyPlan* plans, std::uint32_t count) {
   std::vector<std::uint32_t> order(entries.size());
   for (std::size_t i = 0; i < entries.size(); ++i) order[i] = entries[i].index;
   std::vector<SortEntry<N>>().swap(entries);
-  std::vector<RecordSlot> sorted;
+  RecordTable sorted;
   sorted.reserve(db.count());
   for (std::uint32_t i : order) sorted.push_back(std::move(db.records[i]));
   for (std::uint32_t i = count; i < db.count(); ++i) sorted.push_back(std::move(db.records[i]));

@@ -10,14 +10,14 @@ namespace qv {
 
 namespace {
 
-bool UniqueIds(const std::vector<RecordSlot>& records) {
+bool UniqueIds(const RecordTable& records) {
   std::unordered_set<std::uint32_t> seen;
   for (const RecordSlot& r : records)
     if (!seen.insert(r.uid).second) return false;
   return true;
 }
 
-std::vector<std::uint32_t> Order(const std::vector<RecordSlot>& records) {
+std::vector<std::uint32_t> Order(const RecordTable& records) {
   std::vector<std::uint32_t> order;
   order.reserve(records.size());
   for (const RecordSlot& r : records) order.push_back(r.uid);
@@ -29,11 +29,11 @@ bool Same(const RecordSlot& a, const RecordSlot& b) {
 }
 
 // Records of `from` that `to` lacks or holds differently.
-std::vector<RecordSlot> Missing(const std::vector<RecordSlot>& from,
-                                const std::vector<RecordSlot>& to) {
+RecordTable Missing(const RecordTable& from,
+                                const RecordTable& to) {
   std::unordered_map<std::uint32_t, const RecordSlot*> index;
   for (const RecordSlot& r : to) index[r.uid] = &r;
-  std::vector<RecordSlot> out;
+  RecordTable out;
   for (const RecordSlot& r : from) {
     auto it = index.find(r.uid);
     if (it == index.end() || !Same(*it->second, r)) out.push_back(r);
@@ -43,7 +43,7 @@ std::vector<RecordSlot> Missing(const std::vector<RecordSlot>& from,
 
 }  // namespace
 
-TableChange TableChange::Between(const std::vector<RecordSlot>& before, const Database& after) {
+TableChange TableChange::Between(const RecordTable& before, const Database& after) {
   TableChange change;
   if (!UniqueIds(before) || !UniqueIds(after.records)) {
     // Identifiers cannot tell records apart: keep both tables whole, in order.
@@ -60,8 +60,8 @@ TableChange TableChange::Between(const std::vector<RecordSlot>& before, const Da
 }
 
 void TableChange::Apply(Database& db, const std::vector<std::uint32_t>& order,
-                        const std::vector<RecordSlot>& records) const {
-  std::vector<RecordSlot> table;
+                        const RecordTable& records) const {
+  RecordTable table;
   table.reserve(order.size());
   if (whole_) {
     table = records;

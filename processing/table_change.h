@@ -14,7 +14,7 @@ namespace qv {
 class TableChange {
  public:
   // What turned `before` into the database's current table.
-  static TableChange Between(const std::vector<RecordSlot>& before, const Database& after);
+  static TableChange Between(const RecordTable& before, const Database& after);
   bool empty() const { return removed_.empty() && added_.empty() && order_before_ == order_after_; }
   // Puts the table back as it was before (Undo) or after (Redo), rebuilds the filtered list and
   // marks the database changed.
@@ -23,10 +23,10 @@ class TableChange {
 
  private:
   void Apply(Database& db, const std::vector<std::uint32_t>& order,
-             const std::vector<RecordSlot>& records) const;
+             const RecordTable& records) const;
   bool whole_ = false;               // identifiers repeat: both tables are kept whole
-  std::vector<RecordSlot> removed_;  // in `before`, absent or different afterwards
-  std::vector<RecordSlot> added_;    // afterwards, absent or different before
+  RecordTable removed_;  // in `before`, absent or different afterwards
+  RecordTable added_;    // afterwards, absent or different before
   std::vector<std::uint32_t> order_before_;
   std::vector<std::uint32_t> order_after_;
 };

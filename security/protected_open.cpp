@@ -15,7 +15,7 @@ namespace {
 // Decodes every record body under the key into `records`; false, with `records` as it was,
 // when a record does not read as values (a wrong password that passed the 8-bit verifier).
 bool DecipherBodies(Database& db, const ExpandedKey& key) {
-  std::vector<RecordSlot> kept = db.records;
+  RecordTable kept = db.records;
   for (std::uint32_t i = 0; i < db.count(); ++i) {
     if (!DecryptRecordBody(db, i, key)) continue;
     if (!RecordDecodes(db.definition(), db.records[i].data)) {

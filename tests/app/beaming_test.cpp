@@ -50,7 +50,7 @@ Beaming& BeamingOf(test::AppHarness& h) {
   return h.application.window().beaming();
 }
 
-QByteArray FileBytes(const std::string& path) {
+QByteArray FileContents(const std::string& path) {
   QFile file(QString::fromStdString(path));
   return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
@@ -129,7 +129,7 @@ class BeamingTest : public QObject {
     Pair();
     QCOMPARE(BeamAndWait(std::nullopt, true), 1);
     const std::string stored = receiver_->paths.DataFolder() + "/Sample.PDB";
-    QCOMPARE(FileBytes(stored), FileBytes(sender_->application.workspace().current().path));
+    QCOMPARE(FileContents(stored), FileContents(sender_->application.workspace().current().path));
     QCOMPARE(receiver_->prompter.Questions().back(),
              std::string("Do you want to accept the file: Sample"));
   }

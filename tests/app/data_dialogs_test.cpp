@@ -68,7 +68,7 @@ QPushButton* ButtonNamed(QWidget& parent, const QString& text) {
   return nullptr;
 }
 
-QByteArray FileBytes(const QString& path) {
+QByteArray FileContents(const QString& path) {
   QFile f(path);
   return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
@@ -303,9 +303,9 @@ class DataDialogsTest : public QObject {
                            "--header", "--quote-all", "--separator", ";", "--slot-order"});
     QVERIFY(qvdb.waitForFinished(20000));
     QCOMPARE(qvdb.exitCode(), 0);
-    QByteArray gui = FileBytes(dir.path() + "/gui.csv");
+    QByteArray gui = FileContents(dir.path() + "/gui.csv");
     QVERIFY(gui.startsWith("\"Name\";\"Qty\";"));
-    QCOMPARE(gui, FileBytes(dir.path() + "/cli.csv"));
+    QCOMPARE(gui, FileContents(dir.path() + "/cli.csv"));
     // A file that cannot be opened.
     r.path = (dir.path() + "/no such folder/x.csv").toStdString();
     h->dialogs.export_request = r;

@@ -43,6 +43,18 @@ TEST_F(QvdbTest, RefusesBadValuesAndUnknownFieldsWithoutWriting) {
   EXPECT_EQ(RunQvdb({"list"}).exit_code, 2);
 }
 
+TEST_F(QvdbTest, PositionalArgumentsAreCountedFromTheUsageLine) {
+  ASSERT_EQ(RunQvdb({"new", file_, "--field", "Name:Text"}).exit_code, 0);
+  auto extra = RunQvdb({"info", file_, "more"});
+  EXPECT_EQ(extra.exit_code, 2);
+  EXPECT_NE(extra.err.find("unexpected argument 'more'"), std::string::npos) << extra.err;
+  // "[FIELD]"-style words are optional positionals; "[--not]" and the like are options.
+  EXPECT_EQ(RunQvdb({"sort", file_, "Name"}).exit_code, 0);
+  auto too_many = RunQvdb({"export", file_, folder_.Path("a.csv"), "b", "c"});
+  EXPECT_EQ(too_many.exit_code, 2);
+  EXPECT_NE(too_many.err.find("unexpected argument"), std::string::npos) << too_many.err;
+}
+
 TEST_F(QvdbTest, SetAndDeleteByNumberFromOne) {
   ASSERT_EQ(RunQvdb({"new", file_, "--field", "Name:Text"}).exit_code, 0);
   for (const char* n : {"Name=a", "Name=b", "Name=c"}) ASSERT_EQ(RunQvdb({"add", file_, n}).exit_code, 0);

@@ -13,7 +13,7 @@ namespace {
 
 using test::DatabaseBuilder;
 
-bool Inside(const Bytes& image, const std::uint8_t* p) {
+bool Inside(const FileBytes& image, const std::uint8_t* p) {
   return p >= image.data() && p < image.data() + image.size();
 }
 
@@ -24,7 +24,7 @@ FileImage ImageWithOddRecord() {
   odd.push_back(0xAB);
   odd.push_back(0xCD);
   db->records[1].data = odd;
-  return std::make_shared<const Bytes>(SerializeDatabase(*db));
+  return std::make_shared<const FileBytes>(SerializeDatabase(*db));
 }
 
 TEST(RecordData, UnchangedRecordsAreWrittenBackFromTheOriginalBytes) {
@@ -59,7 +59,7 @@ TEST(RecordData, UnchangedRecordsAreWrittenBackFromTheOriginalBytes) {
 
 TEST(RecordData, EditingCopiesOutOfTheImageAndCopiesStayApart) {
   FileImage image = ImageWithOddRecord();
-  const Bytes before = *image;
+  const Bytes before(image->begin(), image->end());
   Database db;
   std::uint32_t bad = 0;
   ASSERT_EQ(ParseDatabase(image, db, bad), ReadError::None);

@@ -18,5 +18,14 @@ TEST(ContainsNoCase, MatchesAsciiLettersInEitherCaseAndAllElseExactly) {
   EXPECT_FALSE(ContainsNoCase("Caf\xC9", "caf\xE9"));  // Windows-1252 letters compare exactly
 }
 
+TEST(ContainsNoCase, StoredTextEndsAtItsFirstNul) {
+  using namespace std::string_view_literals;
+  EXPECT_TRUE(CStringContainsNoCase("xBOLT\0junk"sv, "bolt"));
+  EXPECT_TRUE(CStringContainsNoCase("no nul bolt"sv, "BOLT"));
+  EXPECT_FALSE(CStringContainsNoCase("ab\0bolt"sv, "bolt"));  // after the text: not in it
+  EXPECT_FALSE(CStringContainsNoCase("bo\0lt"sv, "bolt"));
+  EXPECT_TRUE(CStringContainsNoCase("\0"sv, ""));
+}
+
 }  // namespace
 }  // namespace qv

@@ -77,6 +77,33 @@ TEST(FilterTest, ConditionsJoinLeftToRightWithoutPrecedence) {
   EXPECT_EQ(Passing(*db), (std::vector<std::uint32_t>{3, 5, 7}));
 }
 
+TEST(FilterTest, EveryMixOfNotAndOrReadsLeftToRight) {
+  // Check boxes A, B, C tested in conditions 1, 3 and 6, so unused ones lie between them.
+  DatabaseBuilder b;
+  b.Field("A", kCheckBox).Field("B", kCheckBox).Field("C", kCheckBox);
+  for (int bits = 0; bits < 8; ++bits)
+    b.Row({bits & 4 ? "1" : "0", bits & 2 ? "1" : "0", bits & 1 ? "1" : "0"});
+  auto db = b.Build();
+  const int places[3] = {0, 2, 5};
+  for (int joins = 0; joins < 64; ++joins) {  // a NOT and an OR bit for each condition
+    for (int k = 0; k < 3; ++k) {
+      auto join = static_cast<std::uint8_t>((joins >> (2 * k)) & 3);
+      db->definition().set_condition(places[k], Checked(k, true, join));
+    }
+    std::vector<std::uint32_t> expected;
+    for (std::uint32_t bits = 0; bits < 8; ++bits) {
+      bool acc = false;
+      for (int k = 0; k < 3; ++k) {
+        bool test = ((bits >> (2 - k)) & 1) != ((joins >> (2 * k)) & 1);  // NOT inverts
+        bool join_or = (joins >> (2 * k)) & 2;
+        acc = k == 0 ? test : join_or ? (acc || test) : (acc && test);
+      }
+      if (acc) expected.push_back(bits);
+    }
+    EXPECT_EQ(Passing(*db), expected) << "joins " << joins;
+  }
+}
+
 TEST(FilterTest, CloseBitEndsTheGroupBeforeItsCondition) {
   DatabaseBuilder b;
   b.Field("A", kCheckBox).Field("B", kCheckBox).Field("C", kCheckBox);
