@@ -12,7 +12,8 @@ namespace qv {
 // Blocks below this come from the heap: a huge page would be mostly unused.
 inline constexpr std::size_t kLargeBlock = std::size_t{1} << 20;
 
-// A block of at least `bytes` bytes, aligned for huge pages; throws std::bad_alloc.
+// A block of at least `bytes` bytes, aligned for huge pages, its memory taken at once (the blocks
+// are filled right after: a file read, a table reserved for its records); throws std::bad_alloc.
 void* MapLargeBlock(std::size_t bytes);
 // Gives back a block from MapLargeBlock, given the same `bytes`.
 void UnmapLargeBlock(void* block, std::size_t bytes);

@@ -21,20 +21,23 @@ using FileImage = std::shared_ptr<const FileBytes>;
 class RecordData {
  public:
   RecordData() = default;
-  RecordData(Bytes bytes) : own_(std::move(bytes)) {}  // NOLINT: records are assigned new bytes
+  RecordData(Bytes bytes)  // NOLINT: records are assigned new bytes
+      : own_(std::make_unique<Bytes>(std::move(bytes))) {}
   // A view of `length` bytes at `offset` of the image; the caller has checked the range.
   RecordData(const FileImage& image, std::size_t offset, std::size_t length)
       : view_(image, image->data() + offset), view_size_(length) {}
+  RecordData(const RecordData& other);
+  RecordData& operator=(const RecordData& other);
+  RecordData(RecordData&&) noexcept = default;
+  RecordData& operator=(RecordData&&) noexcept = default;
+  ~RecordData() = default;
 
-  RecordData& operator=(Bytes bytes) {
-    own_ = std::move(bytes);
-    view_.reset();
-    view_size_ = 0;
-    return *this;
+  RecordData& operator=(Bytes bytes) { return *this = RecordData(std::move(bytes)); }
+
+  const std::uint8_t* data() const {
+    return view_ ? view_.get() : own_ ? own_->data() : nullptr;
   }
-
-  const std::uint8_t* data() const { return view_ ? view_.get() : own_.data(); }
-  std::size_t size() const { return view_ ? view_size_ : own_.size(); }
+  std::size_t size() const { return view_ ? view_size_ : own_ ? own_->size() : 0; }
   bool empty() const { return size() == 0; }
   const std::uint8_t* begin() const { return data(); }
   const std::uint8_t* end() const { return data() + size(); }
@@ -45,7 +48,7 @@ class RecordData {
 
   // The bytes to change in place: the record takes storage of its own first.
   Bytes& edit();
-  void clear() { *this = Bytes{}; }
+  void clear() { *this = RecordData(); }
   // Whether the bytes are still the ones read from the file image.
   bool is_view() const { return view_ != nullptr; }
 
@@ -58,9 +61,11 @@ class RecordData {
   }
 
  private:
-  std::shared_ptr<const std::uint8_t> view_;  // shares ownership of the image
+  // 32 bytes in all, as there is one for every record: a view shares ownership of the image;
+  // bytes of its own are held apart, and copied when the record is.
+  std::shared_ptr<const std::uint8_t> view_;
   std::size_t view_size_ = 0;
-  Bytes own_;
+  std::unique_ptr<Bytes> own_;
 };
 
 // One entry of the record table: the bytes, the 24-bit identifier and the attribute byte.

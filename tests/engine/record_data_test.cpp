@@ -71,6 +71,14 @@ TEST(RecordData, EditingCopiesOutOfTheImageAndCopiesStayApart) {
   RecordData owned = db.records[0].data;
   owned.edit()[0] ^= 1;
   EXPECT_NE(owned, db.records[0].data);
+  RecordData assigned;
+  assigned = owned;  // assignment copies bytes of its own too
+  assigned.edit().push_back(9);
+  EXPECT_EQ(assigned.size(), owned.size() + 1);
+  RecordData none;
+  EXPECT_TRUE(none.empty());
+  none.edit().push_back(1);
+  EXPECT_EQ(none, Bytes{1});
   // A record taken out of the database keeps the image alive after both are gone.
   RecordSlot kept = db.records[2];
   db = Database{};
