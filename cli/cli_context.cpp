@@ -141,8 +141,9 @@ std::unique_ptr<Database> CliContext::Open(const std::string& path, std::string_
   if (auto action = CommandAction(command ? command->name : std::string_view{}, verb);
       action && !Allowed(*db, *action))
     return nullptr;
-  // Readers get deciphered values when a password is at hand; the rest they leave out.
-  if (CountEnciphered(*db) > 0 && passwords.CanAsk()) DecipherForReading(*db, ui);
+  // Readers get deciphered values when a password is at hand; the rest they leave out. Whether
+  // one can be had is asked first: counting visits every record.
+  if (passwords.CanAsk() && CountEnciphered(*db) > 0) DecipherForReading(*db, ui);
   PositionOpenedDatabase(*db, prompter, list_visible);
   return db;
 }
