@@ -37,6 +37,15 @@ std::vector<std::uint32_t> Passing(Database& db) {
   return db.visible;
 }
 
+// Check boxes A, B, C; record n holds the combination whose bits ABC make n.
+std::unique_ptr<Database> EveryCombinationOfThreeBoxes() {
+  DatabaseBuilder b;
+  b.Field("A", kCheckBox).Field("B", kCheckBox).Field("C", kCheckBox);
+  for (int bits = 0; bits < 8; ++bits)
+    b.Row({bits & 4 ? "1" : "0", bits & 2 ? "1" : "0", bits & 1 ? "1" : "0"});
+  return b.Build();
+}
+
 TEST(FilterTest, NoConditionPassesEveryRecordWithData) {
   auto db = DatabaseBuilder().Field("Name", kText).Row({"a"}).Row({"b"}).Build();
   db->records.push_back({});  // an entry without data
@@ -64,12 +73,7 @@ TEST(FilterTest, IntegerLimitsAreSignedAndUniqueLimitsUnsigned) {
 }
 
 TEST(FilterTest, ConditionsJoinLeftToRightWithoutPrecedence) {
-  // Check boxes A, B, C; records hold every combination, numbered by the bits ABC.
-  DatabaseBuilder b;
-  b.Field("A", kCheckBox).Field("B", kCheckBox).Field("C", kCheckBox);
-  for (int bits = 0; bits < 8; ++bits)
-    b.Row({bits & 4 ? "1" : "0", bits & 2 ? "1" : "0", bits & 1 ? "1" : "0"});
-  auto db = b.Build();
+  auto db = EveryCombinationOfThreeBoxes();
   db->definition().set_condition(0, Checked(0, true));
   db->definition().set_condition(1, Checked(1, true, 0x02));  // OR
   db->definition().set_condition(2, Checked(2, true));        // AND
@@ -78,12 +82,8 @@ TEST(FilterTest, ConditionsJoinLeftToRightWithoutPrecedence) {
 }
 
 TEST(FilterTest, EveryMixOfNotAndOrReadsLeftToRight) {
-  // Check boxes A, B, C tested in conditions 1, 3 and 6, so unused ones lie between them.
-  DatabaseBuilder b;
-  b.Field("A", kCheckBox).Field("B", kCheckBox).Field("C", kCheckBox);
-  for (int bits = 0; bits < 8; ++bits)
-    b.Row({bits & 4 ? "1" : "0", bits & 2 ? "1" : "0", bits & 1 ? "1" : "0"});
-  auto db = b.Build();
+  // A, B and C tested in conditions 1, 3 and 6, so unused ones lie between them.
+  auto db = EveryCombinationOfThreeBoxes();
   const int places[3] = {0, 2, 5};
   for (int joins = 0; joins < 64; ++joins) {  // a NOT and an OR bit for each condition
     for (int k = 0; k < 3; ++k) {
@@ -105,11 +105,7 @@ TEST(FilterTest, EveryMixOfNotAndOrReadsLeftToRight) {
 }
 
 TEST(FilterTest, CloseBitEndsTheGroupBeforeItsCondition) {
-  DatabaseBuilder b;
-  b.Field("A", kCheckBox).Field("B", kCheckBox).Field("C", kCheckBox);
-  for (int bits = 0; bits < 8; ++bits)
-    b.Row({bits & 4 ? "1" : "0", bits & 2 ? "1" : "0", bits & 1 ? "1" : "0"});
-  auto db = b.Build();
+  auto db = EveryCombinationOfThreeBoxes();
   db->definition().set_condition(0, Checked(0, true));
   db->definition().set_condition(1, Checked(1, true, 0, 0x01));     // AND (B
   db->definition().set_condition(2, Checked(2, true, 0x02, 0x02));  // ) OR C
@@ -122,11 +118,7 @@ TEST(FilterTest, CloseBitEndsTheGroupBeforeItsCondition) {
 }
 
 TEST(FilterTest, NotOnAGroupsFirstConditionInvertsOnlyThatCondition) {
-  DatabaseBuilder b;
-  b.Field("A", kCheckBox).Field("B", kCheckBox).Field("C", kCheckBox);
-  for (int bits = 0; bits < 8; ++bits)
-    b.Row({bits & 4 ? "1" : "0", bits & 2 ? "1" : "0", bits & 1 ? "1" : "0"});
-  auto db = b.Build();
+  auto db = EveryCombinationOfThreeBoxes();
   db->definition().set_condition(0, Checked(0, true));
   db->definition().set_condition(1, Checked(1, true, 0x01, 0x01));  // AND (NOT B
   db->definition().set_condition(2, Checked(2, true, 0x00, 0x00));  //  AND C)
