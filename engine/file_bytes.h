@@ -14,9 +14,9 @@ namespace qv {
 class FileBytes {
  public:
   FileBytes() = default;
-  explicit FileBytes(std::size_t size);                     // the contents are not set
+  explicit FileBytes(std::size_t size);                          // the contents are not set
   explicit FileBytes(Bytes bytes) : bytes_(std::move(bytes)) {}  // adopted, not copied
-  explicit FileBytes(std::span<const std::uint8_t> bytes);  // a copy
+  explicit FileBytes(std::span<const std::uint8_t> bytes);       // a copy
   FileBytes(FileBytes&& other) noexcept;
   FileBytes& operator=(FileBytes&& other) noexcept;
   FileBytes(const FileBytes&) = delete;
@@ -24,7 +24,9 @@ class FileBytes {
   ~FileBytes();
 
   std::uint8_t* data() { return mapped_ ? mapped_ : heap_ ? heap_.get() : bytes_.data(); }
-  const std::uint8_t* data() const { return mapped_ ? mapped_ : heap_ ? heap_.get() : bytes_.data(); }
+  const std::uint8_t* data() const {
+    return mapped_ ? mapped_ : heap_ ? heap_.get() : bytes_.data();
+  }
   std::size_t size() const { return mapped_ || heap_ ? size_ : bytes_.size(); }
   bool empty() const { return size() == 0; }
   const std::uint8_t* begin() const { return data(); }
@@ -42,9 +44,9 @@ class FileBytes {
  private:
   void Release();
 
-  Bytes bytes_;                             // bytes handed over
-  std::unique_ptr<std::uint8_t[]> heap_;    // small files
-  std::uint8_t* mapped_ = nullptr;          // large files: a block of their own
+  Bytes bytes_;                           // bytes handed over
+  std::unique_ptr<std::uint8_t[]> heap_;  // small files
+  std::uint8_t* mapped_ = nullptr;        // large files: a block of their own
   std::size_t size_ = 0;
   std::size_t mapped_size_ = 0;
 };

@@ -26,8 +26,8 @@ void* MapLargeBlock(std::size_t bytes) {
   void* raw = ::mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (raw == MAP_FAILED) throw std::bad_alloc();
   auto* base = static_cast<std::uint8_t*>(raw);
-  auto* block = reinterpret_cast<std::uint8_t*>(
-      RoundUp(reinterpret_cast<std::uintptr_t>(base), kHugePage));
+  auto* block =
+      reinterpret_cast<std::uint8_t*>(RoundUp(reinterpret_cast<std::uintptr_t>(base), kHugePage));
   if (block > base) ::munmap(base, static_cast<std::size_t>(block - base));
   const std::size_t tail = static_cast<std::size_t>(base + mapped - (block + wanted));
   if (tail > 0) ::munmap(block + wanted, tail);

@@ -34,9 +34,7 @@ class RecordData {
 
   RecordData& operator=(Bytes bytes) { return *this = RecordData(std::move(bytes)); }
 
-  const std::uint8_t* data() const {
-    return view_ ? view_.get() : own_ ? own_->data() : nullptr;
-  }
+  const std::uint8_t* data() const { return view_ ? view_.get() : own_ ? own_->data() : nullptr; }
   std::size_t size() const { return view_ ? view_size_ : own_ ? own_->size() : 0; }
   bool empty() const { return size() == 0; }
   const std::uint8_t* begin() const { return data(); }

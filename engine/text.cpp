@@ -1,6 +1,8 @@
 #include "engine/text.h"
 
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <optional>
 #include <vector>
 
@@ -51,8 +53,15 @@ bool EqualsNoCase(std::string_view a, std::string_view b) {
 
 namespace {
 
+constexpr std::uint64_t kEveryByte = 0x0101010101010101ull;
+
+bool HasZeroByte(std::uint64_t v) {
+  return ((v - kEveryByte) & ~v & (kEveryByte << 7)) != 0;
+}
+
 // Only places that start with the needle's first letter, in either case, are compared. For a
-// letter, setting bit 5 folds the capital onto it and maps nothing else there. A needle holds no
+// letter, setting bit 5 folds the capital onto it and maps nothing else there. Eight bytes are
+// looked at at once for such a place (or a NUL), as most of a text holds none. A needle holds no
 // NUL, so a comparison never runs past one.
 template <bool kStopAtNul>
 bool SearchNoCase(std::string_view hay, std::string_view needle) {
@@ -60,13 +69,25 @@ bool SearchNoCase(std::string_view hay, std::string_view needle) {
   if (needle.size() > hay.size()) return false;
   const char first = LowerAscii(needle[0]);
   const char fold = first >= 'a' && first <= 'z' ? 0x20 : 0;
+  const std::uint64_t folds = kEveryByte * static_cast<unsigned char>(fold);
+  const std::uint64_t firsts = kEveryByte * static_cast<unsigned char>(first);
   const std::size_t last = hay.size() - needle.size();
-  for (std::size_t i = 0; i <= last; ++i) {
+  for (std::size_t i = 0; i <= last;) {
+    if (i + 8 <= hay.size()) {
+      std::uint64_t word;
+      std::memcpy(&word, hay.data() + i, 8);
+      if (!HasZeroByte((word | folds) ^ firsts) && !(kStopAtNul && HasZeroByte(word))) {
+        i += 8;
+        continue;
+      }
+    }
     if (kStopAtNul && hay[i] == '\0') return false;
-    if (static_cast<char>(hay[i] | fold) != first) continue;
-    std::size_t k = 1;
-    while (k < needle.size() && LowerAscii(hay[i + k]) == LowerAscii(needle[k])) ++k;
-    if (k == needle.size()) return true;
+    if (static_cast<char>(hay[i] | fold) == first) {
+      std::size_t k = 1;
+      while (k < needle.size() && LowerAscii(hay[i + k]) == LowerAscii(needle[k])) ++k;
+      if (k == needle.size()) return true;
+    }
+    ++i;
   }
   return false;
 }

@@ -17,17 +17,25 @@ constexpr std::uint8_t kJoinOr = 0x02;
 constexpr std::uint8_t kGroupOpen = 0x01;
 constexpr std::uint8_t kGroupClose = 0x02;
 
+std::string_view LimitText(const std::array<std::uint8_t, 40>& text) {
+  return CStringAt(text.data(), text.size());
+}
+
 // The six conditions decoded once, so a rebuild over 65,000 records does not decode them
 // again for every record.
 struct Conditions {
   std::array<Condition, kConditions> c;
-  std::array<unsigned, kConditions> type{};      // the type of the field each one tests
-  std::array<int, kConditions + 1> next_used{};  // the first condition in use from i on
-  bool all_joined_by_and = true;                 // no OR and no group: a plain conjunction
+  std::array<unsigned, kConditions> type{};                // the type of the field each one tests
+  std::array<int, kConditions + 1> next_used{};            // the first condition in use from i on
+  std::array<std::string_view, kConditions> must_contain;  // views into c: not copyable
+  bool all_joined_by_and = true;  // no OR and no group: a plain conjunction
+  Conditions(const Conditions&) = delete;
+  Conditions& operator=(const Conditions&) = delete;
   explicit Conditions(const Database& db) {
     for (int i = 0; i < kConditions; ++i) {
       c[i] = db.definition().condition(i);
       type[i] = db.definition().field_type(c[i].field);
+      must_contain[i] = LimitText(c[i].first);
       if (c[i].in_use && ((c[i].join & kJoinOr) || c[i].group)) all_joined_by_and = false;
     }
     next_used[kConditions] = kConditions;
@@ -35,16 +43,11 @@ struct Conditions {
   }
 };
 
-std::string_view LimitText(const std::array<std::uint8_t, 40>& text) {
-  return CStringAt(text.data(), text.size());
-}
-
 // Text conditions: an empty "Must Contain" text asks for an empty value.
-int TextTest(std::span<const std::uint8_t> value, const Condition& c) {
+int TextTest(std::span<const std::uint8_t> value, std::string_view needle) {
   // The stored bytes as they are: the text ends at the first NUL, which the search stops at.
   std::string_view stored(reinterpret_cast<const char*>(value.data()), value.size());
   const bool empty = stored.empty() || stored.front() == '\0';
-  std::string_view needle = LimitText(c.first);
   if (needle.empty()) return empty ? 1 : 0;
   if (empty) return 0;
   return CStringContainsNoCase(stored, needle) ? 1 : 0;
@@ -74,12 +77,15 @@ int CalculatedTest(ConstFieldDefinition field, std::span<const std::uint8_t> val
     case 0:
     case 4:
     case 5:
-    case 6: return FloatTest(value, c);
-    default: return 0;
+    case 6:
+      return FloatTest(value, c);
+    default:
+      return 0;
   }
 }
 
-int Test(const Database& db, const Condition& c, unsigned type,
+// `must_contain` is the condition's text, found once for a whole pass.
+int Test(const Database& db, const Condition& c, unsigned type, std::string_view must_contain,
          std::span<const std::uint8_t> record) {
   auto ref = LocateValue(record, c.field);
   if (!ref) return 0;
@@ -90,11 +96,13 @@ int Test(const Database& db, const Condition& c, unsigned type,
     case kLink:
     case kHeading:
     case kRelationship:
-    case kExternal: return 1;
+    case kExternal:
+      return 1;
     case kText:
     case kNote:
     case kDbPopup:
-    case kConditional: return TextTest(value, c);
+    case kConditional:
+      return TextTest(value, must_contain);
     case kInteger: {
       if (value.size() < 4) return 0;
       std::int32_t v = ValueInt32(value);
@@ -105,13 +113,15 @@ int Test(const Database& db, const Condition& c, unsigned type,
       std::uint32_t v = ValueUInt32(value);
       return v >= c.lower && v <= c.upper;
     }
-    case kFloat: return FloatTest(value, c);
+    case kFloat:
+      return FloatTest(value, c);
     case kPopUp: {
       std::uint8_t stored[14] = {};
       std::memcpy(stored, value.data(), value.size() < 14 ? value.size() : 14);
       return std::memcmp(stored, c.first.data(), 14) == 0 ? 1 : 0;
     }
-    case kCheckBox: return !value.empty() && value[0] == c.lower ? 1 : 0;
+    case kCheckBox:
+      return !value.empty() && value[0] == c.lower ? 1 : 0;
     case kDate: {
       if (value.size() < 4) return 0;
       std::uint32_t v = ValueUInt32(value);
@@ -124,16 +134,18 @@ int Test(const Database& db, const Condition& c, unsigned type,
     }
     case kLinked:
       if (value.size() < 25) return 0;
-      return TextTest(value.subspan(24), c);
-    case kCalculated: return CalculatedTest(db.definition().field(c.field), value, c);
-    default: return 0;
+      return TextTest(value.subspan(24), must_contain);
+    case kCalculated:
+      return CalculatedTest(db.definition().field(c.field), value, c);
+    default:
+      return 0;
   }
 }
 
 int TestWithNot(const Database& db, const Conditions& all, int i,
                 std::span<const std::uint8_t> record) {
   const Condition& c = all.c[i];
-  int r = Test(db, c, all.type[i], record);
+  int r = Test(db, c, all.type[i], all.must_contain[i], record);
   return (c.join & kJoinNot) ? 1 - (r > 0) : r;
 }
 
@@ -160,9 +172,12 @@ int Evaluate(const Database& db, const Conditions& all, int first, int& last_use
     } else {
       r = TestWithNot(db, all, i, record);
     }
-    if (acc == -1) acc = r;
-    else if (c.join & kJoinOr) acc = (acc > 0 || r > 0) ? 1 : 0;
-    else acc = (acc > 0 && r > 0) ? 1 : 0;
+    if (acc == -1)
+      acc = r;
+    else if (c.join & kJoinOr)
+      acc = (acc > 0 || r > 0) ? 1 : 0;
+    else
+      acc = (acc > 0 && r > 0) ? 1 : 0;
     i = used + 1;
   }
   last_used = i - 1;
@@ -204,7 +219,7 @@ bool Passes(const Database& db, const Conditions& all, bool any_in_use, std::uin
 int TestCondition(const Database& db, int index, std::span<const std::uint8_t> record) {
   if (index < 0 || index >= kConditions) return 0;
   const Condition c = db.definition().condition(index);
-  return Test(db, c, db.definition().field_type(c.field), record);
+  return Test(db, c, db.definition().field_type(c.field), LimitText(c.first), record);
 }
 
 int EvaluateConditions(const Database& db, int first, int& last_used,
@@ -235,7 +250,8 @@ int StepPassingRecords(const Database& db, int position, int steps) {
   bool any = AnyInUse(all);
   int count = static_cast<int>(db.count());
   if (steps == 0)
-    return position >= 0 && Passes(db, all, any, static_cast<std::uint32_t>(position)) ? position : -1;
+    return position >= 0 && Passes(db, all, any, static_cast<std::uint32_t>(position)) ? position
+                                                                                       : -1;
   int direction = steps > 0 ? 1 : -1;
   int remaining = steps > 0 ? steps : -steps;
   int p = position < -1 ? -1 : (position > count ? count : position);

@@ -33,7 +33,8 @@ TEST(LargeMemory, RecordTableGrowsCopiesAndShrinksAcrossTheLargeBlockSize) {
 
 TEST(LargeMemory, FileImagesHoldEveryByteOfSmallAndLargeFiles) {
   test::TempFolder folder;
-  for (std::size_t size : {std::size_t{0}, std::size_t{1000}, kLargeBlock - 1, 3 * kLargeBlock + 5}) {
+  for (std::size_t size :
+       {std::size_t{0}, std::size_t{1000}, kLargeBlock - 1, 3 * kLargeBlock + 5}) {
     std::string text(size, '\0');
     for (std::size_t i = 0; i < size; ++i) text[i] = static_cast<char>(i * 7 + i / 251);
     const auto* expected = reinterpret_cast<const std::uint8_t*>(text.data());

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+
 #include "engine/text.h"
 
 namespace qv {
@@ -25,6 +28,29 @@ TEST(ContainsNoCase, StoredTextEndsAtItsFirstNul) {
   EXPECT_FALSE(CStringContainsNoCase("ab\0bolt"sv, "bolt"));  // after the text: not in it
   EXPECT_FALSE(CStringContainsNoCase("bo\0lt"sv, "bolt"));
   EXPECT_TRUE(CStringContainsNoCase("\0"sv, ""));
+}
+
+// The search looks at eight bytes at once; the plain definition decides. Texts of a few letters,
+// their capitals, bytes that fold onto letters without being ones ('@'), NULs and bytes above 127.
+TEST(ContainsNoCase, AgreesWithTheDefinitionOnRandomTexts) {
+  std::mt19937 random(7);
+  const std::string alphabet("aBbAo@`\0\xC9\xE9", 10);
+  auto pick = [&](std::size_t n) {
+    std::string t;
+    while (t.size() < n) t += alphabet[random() % alphabet.size()];
+    return t;
+  };
+  auto contains = [](std::string_view hay, std::string_view needle) {
+    return ToLowerAscii(hay).find(ToLowerAscii(needle)) != std::string::npos;
+  };
+  for (int round = 0; round < 20000; ++round) {
+    const std::string hay = pick(random() % 30);
+    std::string needle = pick(1 + random() % 3);
+    ASSERT_EQ(ContainsNoCase(hay, needle), contains(hay, needle)) << round;
+    needle.erase(needle.find('\0') == std::string::npos ? needle.size() : needle.find('\0'));
+    const std::string_view text(hay.c_str());  // up to the first NUL
+    ASSERT_EQ(CStringContainsNoCase(hay, needle), contains(text, needle)) << round;
+  }
 }
 
 }  // namespace

@@ -64,8 +64,13 @@ TEST(FilterTest, MustContainIgnoresCaseAndEmptyTextWantsEmptyValue) {
 }
 
 TEST(FilterTest, IntegerLimitsAreSignedAndUniqueLimitsUnsigned) {
-  auto db = DatabaseBuilder().Field("Qty", kInteger).Field("No", kUnique)
-                .Row({"-1", "70000"}).Row({"65535", "65535"}).Row({"0", "0"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Qty", kInteger)
+                .Field("No", kUnique)
+                .Row({"-1", "70000"})
+                .Row({"65535", "65535"})
+                .Row({"0", "0"})
+                .Build();
   db->definition().set_condition(0, Range(0, 0, 65535));
   EXPECT_EQ(Passing(*db), (std::vector<std::uint32_t>{1, 2}));
   db->definition().set_condition(0, Range(1, 0, 65535));
@@ -159,8 +164,13 @@ TEST(FilterTest, UnusableFieldsAndShortValuesFail) {
 
 TEST(FilterTest, DateTimePopUpAndFloatRanges) {
   FormatOptions eu = EuropeanOptions();
-  auto db = DatabaseBuilder().Options(eu).Field("Day", kDate).Field("At", kTime)
-                .Field("Colour", kPopUp).Items({"Red", "Green"}).Field("Price", kFloat)
+  auto db = DatabaseBuilder()
+                .Options(eu)
+                .Field("Day", kDate)
+                .Field("At", kTime)
+                .Field("Colour", kPopUp)
+                .Items({"Red", "Green"})
+                .Field("Price", kFloat)
                 .Row({"01/03/2002", "09:30", "Red", "2.5"})
                 .Row({"31/03/2002", "18:00", "Green", "10"})
                 .Build();
@@ -198,8 +208,13 @@ TEST(FilterTest, DateTimePopUpAndFloatRanges) {
 }
 
 TEST(FilterTest, LinkedRestrictionComesBeforeTheConditions) {
-  auto db = DatabaseBuilder().Field("Key", kLink).Field("Name", kText)
-                .Row({"7", "apple"}).Row({"8", "apple"}).Row({"7", "pear"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("Key", kLink)
+                .Field("Name", kText)
+                .Row({"7", "apple"})
+                .Row({"8", "apple"})
+                .Row({"7", "pear"})
+                .Build();
   db->restriction_field = 0;
   db->restriction_key = 7;
   EXPECT_TRUE(FilterActive(*db));
@@ -209,8 +224,14 @@ TEST(FilterTest, LinkedRestrictionComesBeforeTheConditions) {
 }
 
 TEST(FilterTest, SteppingOverPassingRecords) {
-  auto db = DatabaseBuilder().Field("On", kCheckBox)
-                .Row({"1"}).Row({"0"}).Row({"1"}).Row({"0"}).Row({"1"}).Build();
+  auto db = DatabaseBuilder()
+                .Field("On", kCheckBox)
+                .Row({"1"})
+                .Row({"0"})
+                .Row({"1"})
+                .Row({"0"})
+                .Row({"1"})
+                .Build();
   db->definition().set_condition(0, Checked(0, true));
   EXPECT_EQ(StepPassingRecords(*db, -1, 1), 0);  // first
   EXPECT_EQ(StepPassingRecords(*db, 5, -1), 4);  // last
