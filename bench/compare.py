@@ -136,13 +136,16 @@ def main():
     table = []
     for name, qcmd, qprep, ocmd, oprep, what in jobs(work, qvdb):
         qt, qc, ot, oc = [], [], [], []
-        for _ in range(a.rounds):  # the two sides alternate, round by round
-            t, c = hyperfine(qcmd, qprep, a.runs, os.path.join(work, "q.json"))
-            qt += t
-            qc += c
-            t, c = hyperfine(ocmd, oprep, a.runs, os.path.join(work, "o.json"))
-            ot += t
-            oc += c
+        # An untimed round first: neither side starts its timed runs while the disk is still
+        # writing back what the previous job wrote.
+        hyperfine(qcmd, qprep, a.runs, os.path.join(work, "q.json"))
+        hyperfine(ocmd, oprep, a.runs, os.path.join(work, "o.json"))
+        for r in range(a.rounds):  # the two sides alternate, and take turns going first
+            sides = [(qcmd, qprep, "q.json", qt, qc), (ocmd, oprep, "o.json", ot, oc)]
+            for cmd, prep, out, times, cpu in (sides if r % 2 == 0 else sides[::-1]):
+                t, c = hyperfine(cmd, prep, a.runs, os.path.join(work, out))
+                times += t
+                cpu += c
         qm, om = statistics.median(qt), statistics.median(ot)
         table.append((name, qm, om, what, qm / om,
                       statistics.median(qc) if qc else float("nan"),
@@ -154,7 +157,8 @@ def main():
     print(f"65,000 records; database {size / 1e6:.1f} MB, CSV "
           f"{os.path.getsize(os.path.join(work, 'stock.csv')) / 1e6:.1f} MB; "
           f"medians of {a.rounds * a.runs} runs per side ({a.rounds} alternating rounds of "
-          f"{a.runs}, one warm-up each); wall time; CPU is user+system, the median of the rounds' means")
+          f"{a.runs} after an untimed round, one warm-up run each); wall time; CPU is user+system, "
+          f"the median of the rounds' means")
     print(f"load average before {load_before}, after {loadavg()}")
     print(f"sqlite3 commits with {sqlite_durability(work)} (journal and database flushed); "
           "qvdb saves flush too (see docs/PERFORMANCE.md)\n")
