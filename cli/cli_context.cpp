@@ -16,7 +16,12 @@
 
 namespace qv::cli {
 
-CliContext::CliContext() : options(SystemFormatOptions()) {}
+CliContext::CliContext() = default;
+
+FormatOptions& CliContext::options() {
+  if (!options_) options_ = SystemFormatOptions();
+  return *options_;
+}
 
 void CliContext::AddGlobalOptions(QCommandLineParser& parser) {
   parser.addOption({"date-format", "Short date pattern, for example dd/MM/yyyy.", "pattern"});
@@ -59,16 +64,17 @@ bool CliContext::ApplyGlobalOptions(const QCommandLineParser& parser) {
     return false;
   }
   if (parser.isSet("date-format")) {
-    options.locale.short_date = parser.value("date-format").toStdString();
-    options.locale.date_separator = SeparatorOf(options.locale.short_date, "/");
+    options().locale.short_date = parser.value("date-format").toStdString();
+    options().locale.date_separator = SeparatorOf(options().locale.short_date, "/");
   }
   if (parser.isSet("time-format")) {
-    options.locale.time_format = parser.value("time-format").toStdString();
-    options.locale.time_separator = SeparatorOf(options.locale.time_format, ":");
-    bool twelve = options.locale.time_format.find("tt") != std::string::npos;
-    options.time_code = options.locale.time_separator == "." ? (twelve ? 4 : 5) : (twelve ? 1 : 2);
+    options().locale.time_format = parser.value("time-format").toStdString();
+    options().locale.time_separator = SeparatorOf(options().locale.time_format, ":");
+    bool twelve = options().locale.time_format.find("tt") != std::string::npos;
+    options().time_code =
+        options().locale.time_separator == "." ? (twelve ? 4 : 5) : (twelve ? 1 : 2);
   }
-  if (parser.isSet("decimal-comma")) options.decimal_comma = true;
+  if (parser.isSet("decimal-comma")) options().decimal_comma = true;
   if (parser.isSet("yes")) prompter.preset = CliPrompter::Preset::Yes;
   if (parser.isSet("no")) prompter.preset = CliPrompter::Preset::No;
   if (parser.isSet("verbose")) prompter.verbose = true;

@@ -5,6 +5,7 @@
 #include <QCommandLineParser>
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -26,7 +27,9 @@ class CliContext {
  public:
   CliContext();
   CliPrompter prompter;
-  FormatOptions options;  // the system locale's, until the global options override them
+  // The system locale's, until the global options override them; asked of the system only when
+  // a command first needs them (a tenth of a millisecond that most commands never use).
+  FormatOptions& options();
   SystemClock clock;
   CliPasswords passwords;
   std::string password_buffer;  // the text last given to a password prompt
@@ -85,6 +88,9 @@ class CliContext {
   bool Allowed(const Database& db, int action);
 
   void Error(const std::string& text);  // "Error: text" on standard error
+
+ private:
+  std::optional<FormatOptions> options_;
 };
 
 }  // namespace qv::cli

@@ -127,7 +127,7 @@ std::optional<Condition> ConditionFromWhere(CliContext& context, const Database&
   }
   Condition c = BlankCondition();
   std::string problem;
-  if (!ConditionFromTexts(db, controls, context.options, c, problem)) {
+  if (!ConditionFromTexts(db, controls, context.options(), c, problem)) {
     context.Error(Cp1252ToUtf8(problem));
     return std::nullopt;
   }

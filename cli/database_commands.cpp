@@ -125,14 +125,14 @@ int List(CliContext& context, const QStringList& arguments) {
   if (!records) return code;
   if (format.startsWith("json")) {
     JsonOptions json{.typed = !parser.isSet("raw"), .lines = format == "jsonl"};
-    std::cout << RecordsAsJson(*db, *records, *fields, json, context.options);
+    std::cout << RecordsAsJson(*db, *records, *fields, json, context.options());
     context.ReportLeftOut(CountEnciphered(*db, *records));
     return kOk;
   }
   TableFormat table_format = format == "tsv"   ? TableFormat::Tsv
                              : format == "csv" ? TableFormat::Csv
                                                : TableFormat::Text;
-  WriteRecordTable(*db, *records, *fields, context.options, parser.isSet("numbers"),
+  WriteRecordTable(*db, *records, *fields, context.options(), parser.isSet("numbers"),
                    table_format, std::cout);
   if (std::size_t n = CountEnciphered(*db, *records))
     std::cerr << "Note: " << n << " record" << (n == 1 ? " shows" : "s show") << " "
@@ -191,7 +191,7 @@ int NewFromCsv(CliContext& context, const QCommandLineParser& parser, const std:
   ImportResult result;
   std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
   auto db =
-      NewDatabaseFromCsv(name, text, o, context.options, context.clock, context.prompter, result);
+      NewDatabaseFromCsv(name, text, o, context.options(), context.clock, context.prompter, result);
   if (!db) {
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;

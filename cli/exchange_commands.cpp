@@ -82,7 +82,7 @@ int Export(CliContext& context, const QStringList& arguments) {
   const std::string out = args.at(1).toStdString();
   context.ReportLeftOut(CountEnciphered(*db, *records));
   if (format == "text") {
-    if (!WriteOutput(context, out, RecordsAsText(*db, *records, context.options, *encoding)))
+    if (!WriteOutput(context, out, RecordsAsText(*db, *records, context.options(), *encoding)))
       return kFailed;
     if (!IsStandardStream(out))
       context.prompter.message("File Exported OK", "Update", Icon::Information);
@@ -91,7 +91,7 @@ int Export(CliContext& context, const QStringList& arguments) {
   if (format->startsWith("json")) {
     JsonOptions json{.typed = !parser.isSet("raw"), .lines = format == "jsonl"};
     std::string text = RecordsAsJson(*db, *records, UsedFieldsInDisplayOrder(db->definition()),
-                                     json, context.options);
+                                     json, context.options());
     return WriteOutput(context, out, text) ? kOk : kFailed;
   }
   CsvExportOptions o;
@@ -111,7 +111,7 @@ int Export(CliContext& context, const QStringList& arguments) {
                                      records->begin() + static_cast<std::ptrdiff_t>(
                                                             std::min(at + kChunk, records->size())));
     text.clear();
-    complete &= WriteCsv(*db, o, chunk, context.options, context.prompter, text);
+    complete &= WriteCsv(*db, o, chunk, context.options(), context.prompter, text);
     o.header = false;  // once, before the first records
     output.Write(text);
   }
@@ -151,7 +151,7 @@ int Import(CliContext& context, const QStringList& arguments) {
   auto bytes = ReadInput(context, args.at(1).toStdString());
   if (!bytes) return kFailed;
   std::string_view text(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-  ImportResult result = ImportCsvText(*db, text, o, context.options, context.prompter);
+  ImportResult result = ImportCsvText(*db, text, o, context.options(), context.prompter);
   if (!result.ok) {
     context.Error(Cp1252ToUtf8(result.error));
     return kFailed;

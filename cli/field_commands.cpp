@@ -88,7 +88,7 @@ int ListFields(CliContext& context, Database& db) {
     ConstFieldDefinition f = db.definition().field(slot);
     table.rows.push_back({std::to_string(++position), Utf8(f.name()),
                           std::string(FieldTypeName(f.type())), std::to_string(f.length()),
-                          std::to_string(f.width()), SettingsText(db, slot, context.options)});
+                          std::to_string(f.width()), SettingsText(db, slot, context.options())});
   }
   WriteTable(table, TableFormat::Text, std::cout);
   return kOk;
@@ -143,7 +143,7 @@ bool ApplySettings(CliContext& context, Database& db, int slot, const QCommandLi
   }
   if (parser.isSet("default")) {
     std::string problem = SetDefaultText(
-        db, slot, Utf8ToCp1252(parser.value("default").toStdString()), context.options);
+        db, slot, Utf8ToCp1252(parser.value("default").toStdString()), context.options());
     if (!problem.empty()) return refuse(Utf8(problem));
   }
   return true;
@@ -230,9 +230,9 @@ int SetCommand(CliContext& context, Database& db, const QCommandLineParser& pars
         return kUsage;
       }
     }
-    auto impact = AssessTypeChange(db, slot, type, length, context.options);
+    auto impact = AssessTypeChange(db, slot, type, length, context.options());
     if (!Consented(context, impact, old_name, parser.isSet("force"))) return kFailed;
-    ChangeFieldType(db, slot, type, length, context.options, context.prompter);
+    ChangeFieldType(db, slot, type, length, context.options(), context.prompter);
   }
   if (!ApplySettings(context, db, slot, parser)) return kFailed;
   RecalculateAll(db, context.prompter);

@@ -57,12 +57,12 @@ int PrintRecords(CliContext& context, const QCommandLineParser& parser, const Da
   const QString format = parser.value("format");
   if (format.startsWith("json")) {
     JsonOptions json{.typed = !parser.isSet("raw"), .lines = format == "jsonl"};
-    std::cout << RecordsAsJson(db, records, *fields, json, context.options);
+    std::cout << RecordsAsJson(db, records, *fields, json, context.options());
   } else {
     TableFormat table = format == "tsv"   ? TableFormat::Tsv
                         : format == "csv" ? TableFormat::Csv
                                           : TableFormat::Text;
-    WriteTable(RecordTable(db, records, *fields, context.options, parser.isSet("numbers")), table,
+    WriteTable(RecordTable(db, records, *fields, context.options(), parser.isSet("numbers")), table,
                std::cout);
   }
   context.ReportLeftOut(CountEnciphered(db, records));
@@ -233,7 +233,7 @@ bool LinkedParent::Attach(CliContext& context, const Database& child, RecordValu
   }
   // The parent's new key is stored before any record carries it.
   if (parent_->changed && !context.Save(*parent_)) return false;
-  BelongToParent(child, child_field_, key, ParentShownText(*parent_, record_, context.options),
+  BelongToParent(child, child_field_, key, ParentShownText(*parent_, record_, context.options()),
                  values);
   return true;
 }

@@ -102,7 +102,7 @@ std::string Describe(const Database& db, int i, const FilterConditionControls& k
 }
 
 int FilterShow(CliContext& context, Database& db) {
-  FilterDialogControls controls = FilterControlsFromDatabase(db, context.options);
+  FilterDialogControls controls = FilterControlsFromDatabase(db, context.options());
   for (int i = 0; i < kConditions; ++i)
     std::cout << i + 1 << ": "
               << Describe(db, i, controls.conditions[i], db.definition().condition(i)) << '\n';
@@ -170,7 +170,7 @@ int FilterSet(CliContext& context, Database& db, const QCommandLineParser& parse
   }
   Condition c = db.definition().condition(n - 1);
   std::string problem;
-  if (!ConditionFromTexts(db, controls, context.options, c, problem)) {
+  if (!ConditionFromTexts(db, controls, context.options(), c, problem)) {
     context.Error(Cp1252ToUtf8(problem));
     return kFailed;
   }

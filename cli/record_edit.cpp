@@ -55,7 +55,7 @@ int ApplyAssignments(CliContext& context, const Database& db, const QStringList&
     const bool fresh = number == kNewRecord;
     std::string text =
         context.Stored(assignment.mid(eq + 1), {fresh ? nullptr : "record", number + 1, f.name()});
-    auto value = ParseValue(f, db.schema.fields[*slot], text, context.options);
+    auto value = ParseValue(f, db.schema.fields[*slot], text, context.options());
     if (!value && TooLong(f, text)) {
       context.Error(
           StringPrintf("the value for %s is %zu characters long, longer than the "

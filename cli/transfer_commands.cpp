@@ -56,10 +56,10 @@ int Print(CliContext& context, const QStringList& arguments) {
   if (!selection) return kFailed;
   const bool all = *selection == kAllViewRecords;
   if (!all) db->current = *selection;
-  LinkedTextWriter linked({db.get()}, context.prompter, LinkedAccess(context), context.options);
+  LinkedTextWriter linked({db.get()}, context.prompter, LinkedAccess(context), context.options());
   if (parser.isSet("to-file")) {
     const std::string out = parser.value("to-file").toStdString();
-    const std::string text = PrintText(*db, all, context.options, linked.writer());
+    const std::string text = PrintText(*db, all, context.options(), linked.writer());
     std::ofstream file(out, std::ios::binary | std::ios::trunc);
     file.write(text.data(), static_cast<std::streamsize>(text.size()));
     file.close();
@@ -75,7 +75,7 @@ int Print(CliContext& context, const QStringList& arguments) {
   std::filesystem::create_directories(documents, ignored);
   SpawnProcessRunner runner;
   PrintResult result = PrintRecords(*db, all, {documents + "/" + kPrintTempFileName, command},
-                                    context.options, context.prompter, runner, linked.writer());
+                                    context.options(), context.prompter, runner, linked.writer());
   return result == PrintResult::kPrinted ? kOk : kFailed;
 }
 

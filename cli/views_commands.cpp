@@ -93,7 +93,7 @@ int Report(CliContext& context, const QStringList& arguments) {
   ApplyAllOption(*db, parser);
   std::string field = Utf8ToCp1252(args.at(1).toStdString());
   auto slot = db->definition().FindField(field);
-  auto text = RunReport(*db, slot ? *slot : -1, context.options, context.prompter);
+  auto text = RunReport(*db, slot ? *slot : -1, context.options(), context.prompter);
   if (!text) return kFailed;
   context.ReportLeftOut(CountEnciphered(*db));
   std::string out = Cp1252ToUtf8(*text);
@@ -105,12 +105,12 @@ int Report(CliContext& context, const QStringList& arguments) {
 void PrintMatch(CliContext& context, const Database& db, int position, int slot) {
   std::cout << position + 1 << '\t' << Cp1252ToUtf8(db.definition().field(slot).name()) << '\t'
             << Cp1252ToUtf8(
-                   RecordValueText(db, static_cast<std::uint32_t>(position), slot, context.options))
+                   RecordValueText(db, static_cast<std::uint32_t>(position), slot, context.options()))
             << '\n';
 }
 
 int FindFirst(CliContext& context, const Database& db, const FindSettings& settings, int from) {
-  auto match = FindRecord(db, settings, from, 0, true, context.options, context.prompter);
+  auto match = FindRecord(db, settings, from, 0, true, context.options(), context.prompter);
   if (!match) return kFailed;
   PrintMatch(context, db, match->position, match->slot);
   return kOk;
@@ -119,11 +119,11 @@ int FindFirst(CliContext& context, const Database& db, const FindSettings& setti
 // Every match from `from` on, continuing as Find Again does; the not-found message only when
 // there is no match at all.
 int FindAll(CliContext& context, const Database& db, const FindSettings& settings, int from) {
-  auto match = FindRecord(db, settings, from, 0, true, context.options, context.prompter);
+  auto match = FindRecord(db, settings, from, 0, true, context.options(), context.prompter);
   if (!match) return kFailed;
   while (match) {
     PrintMatch(context, db, match->position, match->slot);
-    match = FindAgain(db, settings, *match, false, context.options, context.prompter);
+    match = FindAgain(db, settings, *match, false, context.options(), context.prompter);
   }
   return kOk;
 }
