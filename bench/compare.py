@@ -132,6 +132,9 @@ def main():
     work = a.work or tempfile.mkdtemp(prefix="qvcompare-")
     os.makedirs(work, exist_ok=True)
     prepare(work, qvdb)
+    # The files just made are still being written back; a user's files are on disk already, and
+    # a flush in a timed run would otherwise also wait for these.
+    os.sync()
     load_before = loadavg()
     table = []
     for name, qcmd, qprep, ocmd, oprep, what in jobs(work, qvdb):
