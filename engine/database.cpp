@@ -146,6 +146,18 @@ Bytes SerializeDatabase(const Database& db) {
 
 namespace {
 
+// The first place from `at` on where `bytes` and `old` differ (the size of `bytes` if none).
+// Blocks are compared with memcmp first: a byte loop over the 520 KB record list of a large
+// database took a quarter of a millisecond of every save in place.
+std::size_t FirstDifference(std::span<const std::uint8_t> bytes, const std::uint8_t* old,
+                            std::size_t at) {
+  constexpr std::size_t kBlock = 256;
+  while (at + kBlock <= bytes.size() && std::memcmp(bytes.data() + at, old + at, kBlock) == 0)
+    at += kBlock;
+  while (at < bytes.size() && bytes[at] == old[at]) ++at;
+  return at;
+}
+
 // The ranges where a layout differs from the image the file was read into, when the file keeps
 // its size and they are few and small: such a save is written in place (PatchFileInPlace).
 // Records still viewing the image at their old offset are skipped without comparing.
@@ -162,9 +174,8 @@ std::optional<std::vector<FilePatch>> PatchesAgainst(const ContainerLayout& layo
     const std::uint8_t* old = image.data() + offset;
     if (piece.data() != old) {
       for (std::size_t i = 0; i < piece.size();) {
-        auto first = std::mismatch(piece.begin() + i, piece.end(), old + i);
-        if (first.first == piece.end()) break;
-        std::size_t start = static_cast<std::size_t>(first.first - piece.begin());
+        std::size_t start = FirstDifference(piece, old, i);
+        if (start == piece.size()) break;
         std::size_t end = start + 1;
         for (std::size_t same = 0; end < piece.size() && same < kJoinGap; ++end)
           same = piece[end] == old[end] ? same + 1 : 0;

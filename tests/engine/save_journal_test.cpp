@@ -93,6 +93,25 @@ TEST_F(SaveInPlace, SameSizeChangeIsWrittenInPlaceAsTheWholeSaveWouldWriteIt) {
   EXPECT_EQ(RecordValueText(*Opened(), 0, 0, {}), "bolt, stainless");
 }
 
+TEST_F(SaveInPlace, ChangesFarIntoALongRecordListAreAllWritten) {
+  test::DatabaseBuilder builder("Stock");
+  builder.Field("Name", kText).Field("Qty", kInteger);
+  for (int i = 0; i < 400; ++i) builder.Row({"item " + std::to_string(1000 + i), "1"});
+  auto made = builder.Build();
+  made->path = path_;
+  ASSERT_TRUE(SaveDatabase(*made, clock_));
+  auto db = Opened();
+  const auto inode = InodeOf(path_);
+  // The list is several kilobytes: one entry's attribute byte late in it, one value in a record.
+  db->records[390].attributes ^= 0x10;
+  Set(*db, 150, "ITEM 1150", "2");
+  db->changed = true;
+  const Bytes expected = WholeSave(*db);
+  ASSERT_TRUE(SaveDatabase(*db, clock_));
+  EXPECT_EQ(InodeOf(path_), inode);  // written in place
+  EXPECT_EQ(Read(path_), expected);
+}
+
 // As the desktop program saves: a copy is saved and its stamp taken back. The open database's
 // image is then no longer the file, and a change undone must still reach the disk.
 TEST_F(SaveInPlace, ACopySavedInItsPlaceRetiresTheImage) {
