@@ -34,9 +34,10 @@ struct Conditions {
   explicit Conditions(const Database& db) {
     for (int i = 0; i < kConditions; ++i) {
       c[i] = db.definition().condition(i);
+      if (!c[i].in_use) continue;  // built for every record by RecordPassesFilter: kept short
       type[i] = db.definition().field_type(c[i].field);
       must_contain[i] = LimitText(c[i].first);
-      if (c[i].in_use && ((c[i].join & kJoinOr) || c[i].group)) all_joined_by_and = false;
+      if ((c[i].join & kJoinOr) || c[i].group) all_joined_by_and = false;
     }
     next_used[kConditions] = kConditions;
     for (int i = kConditions - 1; i >= 0; --i) next_used[i] = c[i].in_use ? i : next_used[i + 1];
