@@ -57,10 +57,6 @@ void FileBytes::Shrink(std::size_t size) {
     bytes_.resize(size);
 }
 
-bool operator==(const FileBytes& a, const FileBytes& b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end());
-}
-
 bool operator==(const FileBytes& a, const Bytes& b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end());
 }

@@ -38,7 +38,6 @@ class FileBytes {
   // Keeps the first `size` bytes (a file that shrank while it was read).
   void Shrink(std::size_t size);
 
-  friend bool operator==(const FileBytes& a, const FileBytes& b);
   friend bool operator==(const FileBytes& a, const Bytes& b);
 
  private:

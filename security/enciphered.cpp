@@ -8,7 +8,7 @@ namespace {
 
 // Read in place rather than through a copy of the header: filters ask this of every record.
 std::uint8_t EncipheredFlags(std::span<const std::uint8_t> record) {
-  if (record.size() < kRecordHeaderSize || record[record_header::kLead] != 22) return 0;
+  if (!HasRecordHeader(record)) return 0;
   return static_cast<std::uint8_t>(record[record_header::kFlags] &
                                    (kRecordBodyEnciphered | kRecordFieldsEnciphered));
 }

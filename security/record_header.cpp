@@ -5,14 +5,14 @@
 namespace qv {
 
 std::optional<RecordHeader> ReadRecordHeader(std::span<const std::uint8_t> record) {
-  if (record.size() < kRecordHeaderSize || record[record_header::kLead] != 22) return std::nullopt;
+  if (!HasRecordHeader(record)) return std::nullopt;
   RecordHeader header;
   std::copy(record.begin(), record.begin() + kRecordHeaderSize, header.bytes.begin());
   return header;
 }
 
 bool WriteRecordHeader(Bytes& record, const RecordHeader& header) {
-  if (record.size() < kRecordHeaderSize || record[record_header::kLead] != 22) return false;
+  if (!HasRecordHeader(record)) return false;
   std::copy(header.bytes.begin(), header.bytes.end(), record.begin());
   return true;
 }

@@ -43,6 +43,10 @@ struct RecordHeader {
 
 // The record's header; nothing when the record is shorter than 23 bytes or does not start
 // with 22 (the header is switched off, or the record is damaged).
+// Whether `record` starts with a record header (long enough, lead byte 22).
+inline bool HasRecordHeader(std::span<const std::uint8_t> record) {
+  return record.size() >= kRecordHeaderSize && record[record_header::kLead] == 22;
+}
 std::optional<RecordHeader> ReadRecordHeader(std::span<const std::uint8_t> record);
 // Writes the header back over the first 23 bytes; false when the record has no header.
 bool WriteRecordHeader(Bytes& record, const RecordHeader& header);
